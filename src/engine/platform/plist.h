@@ -1,0 +1,146 @@
+// Property-list values, and a reader and writer for the XML and binary formats.
+//
+// Every file handed to the reader may have been written by the adware Sysmend looks for, so
+// the reader is hostile-input safe: a size cap, a depth cap, a cap on the number of objects,
+// binary offset tables validated before use, reference cycles rejected, and shared objects of
+// a binary list decoded once and shared (never re-expanded), so a 139-byte "shared object
+// bomb" decodes in linear time and memory.
+//
+// Containers are immutable once built and shared between copies (copying a Value is O(1));
+// the mutating accessors copy a container first when it is shared (copy on write).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "platform/values.h"
+
+namespace sysmend::plist {
+
+class Value;
+
+// A binary property list's object reference (CF$UID), as keyed archives use them.
+struct Uid {
+    std::uint64_t value = 0;
+    bool operator==(const Uid&) const = default;
+};
+
+// Ordered list of values.
+using Array = std::vector<Value>;
+
+// Dictionary that keeps its keys in the order they were read or inserted (the order a file
+// holds them in). Keys are unique: setting an existing key replaces its value in place.
+class Dictionary {
+public:
+    using Entry = std::pair<std::string, Value>;
+
+    const Value* find(std::string_view key) const;
+    Value* find(std::string_view key);
+    bool contains(std::string_view key) const { return find(key) != nullptr; }
+    void set(std::string key, Value value);
+    bool erase(std::string_view key);
+
+    std::size_t size() const { return entries_.size(); }
+    bool empty() const { return entries_.empty(); }
+    const std::vector<Entry>& entries() const { return entries_; }
+    auto begin() const { return entries_.begin(); }
+    auto end() const { return entries_.end(); }
+
+    bool operator==(const Dictionary& other) const;
+
+private:
+    std::vector<Entry> entries_;
+};
+
+enum class Type { Null, Boolean, Integer, Real, String, Data, Date, Array, Dictionary, Uid };
+
+class Value {
+public:
+    Value() = default;  // Null
+    Value(bool b);
+    Value(int i);
+    Value(std::int64_t i);
+    Value(double d);
+    Value(const char* s);
+    Value(std::string s);
+    Value(Data d);
+    Value(Date d);
+    Value(Array a);
+    Value(Dictionary d);
+    Value(Uid u);
+
+    Type type() const;
+    bool isNull() const { return type() == Type::Null; }
+
+    // Typed access: nullptr / nullopt when the value is of another type.
+    std::optional<bool> asBool() const;
+    std::optional<std::int64_t> asInteger() const;
+    std::optional<double> asReal() const;
+    const std::string* asString() const;
+    const Data* asData() const;
+    std::optional<Date> asDate() const;
+    const Array* asArray() const;
+    const Dictionary* asDictionary() const;
+    std::optional<Uid> asUid() const;
+
+    // Copy-on-write access for building and editing; nullptr when of another type.
+    Array* mutableArray();
+    Dictionary* mutableDictionary();
+
+    // Dictionary lookup; nullptr when this is not a dictionary or the key is absent.
+    const Value* find(std::string_view key) const;
+
+    // NSNumber-like readings used by callers that take "boolValue"/"integerValue" of any
+    // value: booleans, integers and reals convert; strings are parsed as Foundation does
+    // ("YES"/"true"/non-zero number for bool, leading integer for integer); others give
+    // false / 0.
+    bool boolValue() const;
+    std::int64_t integerValue() const;
+
+    bool operator==(const Value& other) const;
+
+private:
+    using Storage = std::variant<std::monostate, bool, std::int64_t, double, std::string, Data,
+                                 Date, std::shared_ptr<const Array>,
+                                 std::shared_ptr<const Dictionary>, Uid>;
+    Storage storage_;
+};
+
+enum class Format { Xml, Binary };
+
+struct ReadLimits {
+    std::size_t maxBytes = 16 * 1024 * 1024;  // larger inputs are rejected unread
+    std::size_t maxDepth = 256;               // nesting of containers
+    std::size_t maxObjects = 4 * 1024 * 1024;  // decoded objects (binary) or elements (XML)
+};
+
+// Parses XML or binary property-list bytes (the format is detected). On failure returns
+// nullopt and, when error is given, a one-line reason.
+std::optional<Value> parse(std::span<const std::uint8_t> bytes, const ReadLimits& limits = {},
+                           std::string* error = nullptr);
+
+// Reads and parses a whole file given by host path. A file larger than limits.maxBytes is
+// rejected without being read.
+std::optional<Value> readFile(const std::string& hostPath, const ReadLimits& limits = {},
+                              std::string* error = nullptr);
+
+// Serialises a value. XML output is what Foundation writes (the DOCTYPE header, tabs).
+Data serialize(const Value& value, Format format);
+
+// Writes a value to a file by host path through a temporary file in the same folder and
+// rename(2), so readers see the old file or the new one, never half of one.
+bool writeFileAtomically(const std::string& hostPath, const Value& value, Format format,
+                         std::string* error = nullptr);
+
+// Printer for test failures.
+std::string describe(const Value& value);
+
+}  // namespace sysmend::plist

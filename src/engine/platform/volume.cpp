@@ -1,0 +1,116 @@
+#include "platform/volume.h"
+
+#include <dirent.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "platform/path.h"
+
+namespace sysmend {
+namespace {
+
+std::string absoluteRoot(std::string root) {
+    if (root.empty()) root = "/";
+    if (root.front() != '/') {
+        std::vector<char> buf(4096);
+        if (getcwd(buf.data(), buf.size()) != nullptr) root = path::appending(buf.data(), root);
+    }
+    return path::standardized(root);
+}
+
+bool isDirectory(const std::string& hostPath) {
+    struct stat st {};
+    return ::stat(hostPath.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+std::unique_ptr<Volume>& currentSlot() {
+    static std::unique_ptr<Volume> slot;
+    return slot;
+}
+
+const char* env(const char* name) {
+    const char* v = std::getenv(name);
+    return (v != nullptr && *v != '\0') ? v : nullptr;
+}
+
+}  // namespace
+
+std::string passwordDatabaseHome() {
+    struct passwd* pw = ::getpwuid(::getuid());
+    if (pw == nullptr || pw->pw_dir == nullptr) return "/";
+    return pw->pw_dir;
+}
+
+Volume::Volume(std::string root, std::string home)
+    : root_(absoluteRoot(std::move(root))), home_(path::standardized(home.empty() ? "/" : home)) {
+    if (home_.front() != '/') home_ = "/" + home_;
+}
+
+Volume Volume::fromEnvironment() { return fromOptions("", ""); }
+
+Volume Volume::fromOptions(std::string root, std::string home) {
+    if (root.empty()) {
+        const char* r = env("SYSMEND_ROOT");
+        root = r != nullptr ? r : "/";
+    }
+    if (home.empty()) {
+        const char* h = env("SYSMEND_HOME");
+        if (h != nullptr) home = h;
+    }
+    Volume volume(root, home.empty() ? passwordDatabaseHome() : home);
+    if (home.empty() && !volume.isLiveSystem() && !isDirectory(volume.hostPath(volume.home()))) {
+        // Inspecting someone else's disk: the host user's home is meaningless there, so take
+        // the volume's one user when there is exactly one.
+        std::vector<std::string> users;
+        std::string usersHost = volume.hostPath("/Users");
+        if (DIR* dir = ::opendir(usersHost.c_str())) {
+            while (dirent* e = ::readdir(dir)) {
+                std::string name = e->d_name;
+                if (name.empty() || name[0] == '.' || name == "Shared") continue;
+                if (isDirectory(path::appending(usersHost, name))) users.push_back(name);
+            }
+            ::closedir(dir);
+        }
+        if (users.size() == 1) volume.home_ = "/Users/" + users.front();
+    }
+    return volume;
+}
+
+std::string Volume::hostPath(std::string_view volumePath) const {
+    if (root_ == "/") {
+        if (!volumePath.empty() && volumePath.front() == '/') return std::string(volumePath);
+        return "/" + std::string(volumePath);
+    }
+    return path::appending(root_, volumePath.empty() ? std::string_view("/") : volumePath);
+}
+
+std::optional<std::string> Volume::volumePath(std::string_view hostPath) const {
+    if (root_ == "/") return std::string(hostPath);
+    if (hostPath.substr(0, root_.size()) != root_) return std::nullopt;
+    std::string_view rest = hostPath.substr(root_.size());
+    if (rest.empty()) return std::string("/");
+    if (rest.front() != '/') return std::nullopt;
+    return std::string(rest);
+}
+
+const Volume& Volume::current() {
+    auto& slot = currentSlot();
+    if (!slot) slot = std::make_unique<Volume>(fromEnvironment());
+    return *slot;
+}
+
+void Volume::setCurrent(Volume volume) { currentSlot() = std::make_unique<Volume>(std::move(volume)); }
+
+ScopedVolume::ScopedVolume(Volume volume) : previous_(Volume::current()) {
+    Volume::setCurrent(std::move(volume));
+}
+
+ScopedVolume::~ScopedVolume() { Volume::setCurrent(std::move(previous_)); }
+
+}  // namespace sysmend

@@ -1,0 +1,52 @@
+// File inspection and size texts shared by every tool. Paths are volume paths (see
+// platform/volume.h); the functions read through Volume::current().
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/values.h"
+
+namespace sysmend {
+
+// Byte count as the lists show it, in decimal units: "999 Byte", "1.0 KB", "1.5 MB",
+// "2.00 GB", "1.00 TB"; "0 KB" for a negative count. The count goes through single precision
+// first, as the original formatter's float conversion does.
+std::string recal_size(std::int64_t size);
+
+// Binary units with a trailing blank: "1023 Byte ", "1.0 KB ", "1.00 MB ", "1.00 GB ".
+// Sizes of 10^12 bytes and more print "inf TB" (a division by zero that is kept on purpose);
+// negative counts give "0 KB".
+std::string recal_size1024(std::int64_t size);
+
+// Bytes under a path, links never followed: option 1 sums allocated blocks (st_blocks * 512),
+// option 0 logical sizes. A missing path is 0; a folder counts only its contents.
+std::int64_t sizeAtPath(std::string_view volumePath, int option);
+
+// Logical size from lstat; 0 when the status cannot be read.
+std::int64_t fileSize(std::string_view volumePath);
+
+// Uniform type identifier of a path: the folder type for a plain folder, otherwise the type
+// for the filename extension ("dyn." type for an unknown one). A folder whose extension is a
+// package type gets that package type.
+std::string fileType(std::string_view volumePath);
+
+// The status-change time of the path (always; see the .cpp), or now when it cannot be read.
+Date lastAssessTime(std::string_view volumePath);
+
+// Kind tests. With a path, its type comes from fileType and `type` is ignored; without one
+// (nullopt) `type` is tested. All test conformance except isFolder, which tests equality.
+bool isPicFile(std::optional<std::string_view> volumePath, std::string_view type = {});
+bool isMessageFile(std::optional<std::string_view> volumePath, std::string_view type = {});
+bool isMovieFile(std::optional<std::string_view> volumePath, std::string_view type = {});
+bool isAudioFile(std::optional<std::string_view> volumePath, std::string_view type = {});
+bool isArchiveFile(std::optional<std::string_view> volumePath, std::string_view type = {});
+bool isMailBox(std::optional<std::string_view> volumePath, std::string_view type = {});
+bool isFolder(std::optional<std::string_view> volumePath, std::string_view type = {});
+
+// "%d" of the value.
+std::string stringFromInt(int value);
+
+}  // namespace sysmend
