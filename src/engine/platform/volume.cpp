@@ -16,10 +16,12 @@ namespace sysmend {
 namespace {
 
 std::string absoluteRoot(std::string root) {
-    if (root.empty()) root = "/";
+    if (root.empty())
+        root = "/";
     if (root.front() != '/') {
         std::vector<char> buf(4096);
-        if (getcwd(buf.data(), buf.size()) != nullptr) root = path::appending(buf.data(), root);
+        if (getcwd(buf.data(), buf.size()) != nullptr)
+            root = path::appending(buf.data(), root);
     }
     return path::standardized(root);
 }
@@ -43,16 +45,20 @@ const char* env(const char* name) {
 
 std::string passwordDatabaseHome() {
     struct passwd* pw = ::getpwuid(::getuid());
-    if (pw == nullptr || pw->pw_dir == nullptr) return "/";
+    if (pw == nullptr || pw->pw_dir == nullptr)
+        return "/";
     return pw->pw_dir;
 }
 
 Volume::Volume(std::string root, std::string home)
     : root_(absoluteRoot(std::move(root))), home_(path::standardized(home.empty() ? "/" : home)) {
-    if (home_.front() != '/') home_ = "/" + home_;
+    if (home_.front() != '/')
+        home_ = "/" + home_;
 }
 
-Volume Volume::fromEnvironment() { return fromOptions("", ""); }
+Volume Volume::fromEnvironment() {
+    return fromOptions("", "");
+}
 
 Volume Volume::fromOptions(std::string root, std::string home) {
     if (root.empty()) {
@@ -61,7 +67,8 @@ Volume Volume::fromOptions(std::string root, std::string home) {
     }
     if (home.empty()) {
         const char* h = env("SYSMEND_HOME");
-        if (h != nullptr) home = h;
+        if (h != nullptr)
+            home = h;
     }
     Volume volume(root, home.empty() ? passwordDatabaseHome() : home);
     if (home.empty() && !volume.isLiveSystem() && !isDirectory(volume.hostPath(volume.home()))) {
@@ -72,45 +79,58 @@ Volume Volume::fromOptions(std::string root, std::string home) {
         if (DIR* dir = ::opendir(usersHost.c_str())) {
             while (dirent* e = ::readdir(dir)) {
                 std::string name = e->d_name;
-                if (name.empty() || name[0] == '.' || name == "Shared") continue;
-                if (isDirectory(path::appending(usersHost, name))) users.push_back(name);
+                if (name.empty() || name[0] == '.' || name == "Shared")
+                    continue;
+                if (isDirectory(path::appending(usersHost, name)))
+                    users.push_back(name);
             }
             ::closedir(dir);
         }
-        if (users.size() == 1) volume.home_ = "/Users/" + users.front();
+        if (users.size() == 1)
+            volume.home_ = "/Users/" + users.front();
     }
     return volume;
 }
 
 std::string Volume::hostPath(std::string_view volumePath) const {
     if (root_ == "/") {
-        if (!volumePath.empty() && volumePath.front() == '/') return std::string(volumePath);
+        if (!volumePath.empty() && volumePath.front() == '/')
+            return std::string(volumePath);
         return "/" + std::string(volumePath);
     }
     return path::appending(root_, volumePath.empty() ? std::string_view("/") : volumePath);
 }
 
 std::optional<std::string> Volume::volumePath(std::string_view hostPath) const {
-    if (root_ == "/") return std::string(hostPath);
-    if (hostPath.substr(0, root_.size()) != root_) return std::nullopt;
+    if (root_ == "/")
+        return std::string(hostPath);
+    if (hostPath.substr(0, root_.size()) != root_)
+        return std::nullopt;
     std::string_view rest = hostPath.substr(root_.size());
-    if (rest.empty()) return std::string("/");
-    if (rest.front() != '/') return std::nullopt;
+    if (rest.empty())
+        return std::string("/");
+    if (rest.front() != '/')
+        return std::nullopt;
     return std::string(rest);
 }
 
 const Volume& Volume::current() {
     auto& slot = currentSlot();
-    if (!slot) slot = std::make_unique<Volume>(fromEnvironment());
+    if (!slot)
+        slot = std::make_unique<Volume>(fromEnvironment());
     return *slot;
 }
 
-void Volume::setCurrent(Volume volume) { currentSlot() = std::make_unique<Volume>(std::move(volume)); }
+void Volume::setCurrent(Volume volume) {
+    currentSlot() = std::make_unique<Volume>(std::move(volume));
+}
 
 ScopedVolume::ScopedVolume(Volume volume) : previous_(Volume::current()) {
     Volume::setCurrent(std::move(volume));
 }
 
-ScopedVolume::~ScopedVolume() { Volume::setCurrent(std::move(previous_)); }
+ScopedVolume::~ScopedVolume() {
+    Volume::setCurrent(std::move(previous_));
+}
 
 }  // namespace sysmend

@@ -14,7 +14,7 @@
 namespace sysmend {
 
 class Volume {
-public:
+  public:
     // root: host folder of the volume's "/" (made absolute, no trailing slash but "/").
     // home: the current user's home folder as a volume path.
     Volume(std::string root, std::string home);
@@ -47,20 +47,20 @@ public:
     static const Volume& current();
     static void setCurrent(Volume volume);
 
-private:
+  private:
     std::string root_;
     std::string home_;
 };
 
 // Makes a volume current for the lifetime of the object and restores the previous one.
 class ScopedVolume {
-public:
+  public:
     explicit ScopedVolume(Volume volume);
     ~ScopedVolume();
     ScopedVolume(const ScopedVolume&) = delete;
     ScopedVolume& operator=(const ScopedVolume&) = delete;
 
-private:
+  private:
     Volume previous_;
 };
 
