@@ -1,5 +1,5 @@
-// An exception that carries a name and a reason, as the Objective-C exceptions of the original
-// system did. Callers match on name(); what() is "name: reason" for logs.
+// An exception with a name and a reason, in the manner of Objective-C exceptions. Callers
+// match on name(); what() is "name: reason" for logs.
 #pragma once
 
 #include <exception>
