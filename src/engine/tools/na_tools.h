@@ -28,12 +28,14 @@ std::int64_t sizeAtPath(std::string_view volumePath, int option);
 // Logical size from lstat; 0 when the status cannot be read.
 std::int64_t fileSize(std::string_view volumePath);
 
-// Uniform type identifier of a path: the folder type for a plain folder, otherwise the type
-// for the filename extension ("dyn." type for an unknown one). A folder whose extension is a
-// package type gets that package type.
+// Uniform type identifier of a path: the folder type for a plain folder ("public.volume" for
+// "/"), otherwise the preferred type for the filename extension, whatever is on disk: a "dyn."
+// type for an unknown extension, "public.data" without one, the application type for Foo.app.
+// A missing path is typed by its extension too.
 std::string fileType(std::string_view volumePath);
 
-// The status-change time of the path (always; see the .cpp), or now when it cannot be read.
+// The status-change time of the path (never the modification time), or now when the status
+// cannot be read.
 Date lastAssessTime(std::string_view volumePath);
 
 // Kind tests. With a path, its type comes from fileType and `type` is ignored; without one
