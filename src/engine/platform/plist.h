@@ -10,8 +10,10 @@
 // the mutating accessors copy a container first when it is shared (copy on write).
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <span>
@@ -24,6 +26,9 @@
 #include "platform/values.h"
 
 namespace sysmend::plist {
+
+// Declared before the types it names so that its enumerators shadow nothing.
+enum class Type { Null, Boolean, Integer, Real, String, Data, Date, Array, Dictionary, Uid };
 
 class Value;
 
@@ -38,8 +43,10 @@ using Array = std::vector<Value>;
 
 // Dictionary that keeps its keys in the order they were read or inserted (the order a file
 // holds them in). Keys are unique: setting an existing key replaces its value in place.
+// Lookups stay O(1) on large dictionaries (a hostile file may hold a million keys); erase is
+// O(n). Equality ignores the order of the keys, as NSDictionary's does.
 class Dictionary {
-public:
+  public:
     using Entry = std::pair<std::string, Value>;
 
     const Value* find(std::string_view key) const;
@@ -56,18 +63,24 @@ public:
 
     bool operator==(const Dictionary& other) const;
 
-private:
+  private:
+    std::size_t slotOf(std::string_view key) const;
+    void rebuildIndex();
+
     std::vector<Entry> entries_;
+    // Open-addressing hash index over entries_ (entry i stored as i + 1, 0 = free), built
+    // only once the dictionary outgrows a linear scan.
+    std::vector<std::uint32_t> slots_;
 };
 
-enum class Type { Null, Boolean, Integer, Real, String, Data, Date, Array, Dictionary, Uid };
-
 class Value {
-public:
+  public:
     Value() = default;  // Null
     Value(bool b);
-    Value(int i);
-    Value(std::int64_t i);
+    // Any integer type (int, long, long long, size_t...), so that no call is ambiguous;
+    // unsigned values above INT64_MAX wrap.
+    template <std::integral I>
+    requires(!std::same_as<I, bool>) Value(I i) : storage_(static_cast<std::int64_t>(i)) {}
     Value(double d);
     Value(const char* s);
     Value(std::string s);
@@ -107,40 +120,55 @@ public:
 
     bool operator==(const Value& other) const;
 
-private:
-    using Storage = std::variant<std::monostate, bool, std::int64_t, double, std::string, Data,
-                                 Date, std::shared_ptr<const Array>,
-                                 std::shared_ptr<const Dictionary>, Uid>;
+  private:
+    using Storage =
+        std::variant<std::monostate, bool, std::int64_t, double, std::string, Data, Date,
+                     std::shared_ptr<const Array>, std::shared_ptr<const Dictionary>, Uid>;
     Storage storage_;
 };
 
 enum class Format { Xml, Binary };
 
 struct ReadLimits {
-    std::size_t maxBytes = 16 * 1024 * 1024;  // larger inputs are rejected unread
-    std::size_t maxDepth = 256;               // nesting of containers
+    std::size_t maxBytes = 16 * 1024 * 1024;   // larger inputs are rejected unread
+    std::size_t maxDepth = 256;                // nesting of containers
     std::size_t maxObjects = 4 * 1024 * 1024;  // decoded objects (binary) or elements (XML)
+    // String and data bytes produced: a binary list may reference one long string many times.
+    std::size_t maxDecodedBytes = 64 * 1024 * 1024;
 };
 
-// Parses XML or binary property-list bytes (the format is detected). On failure returns
-// nullopt and, when error is given, a one-line reason.
+// Parses XML or binary property-list bytes (the format is detected; XML may be UTF-8 or
+// UTF-16 with a byte-order mark). On failure returns nullopt and, when error is given, a
+// one-line reason. Strings come out as valid UTF-8 (invalid sequences and lone surrogates
+// become U+FFFD). Integers above INT64_MAX (unsigned in the file) wrap as integerValue does.
+// Dates outside the clock's range (about the years 1678 to 2261) are clamped to it. Never
+// yields Null. Thread-safe: no shared state.
 std::optional<Value> parse(std::span<const std::uint8_t> bytes, const ReadLimits& limits = {},
                            std::string* error = nullptr);
 
-// Reads and parses a whole file given by host path. A file larger than limits.maxBytes is
-// rejected without being read.
+// Reads and parses a whole file given by host path (symbolic links are followed, as
+// Foundation does). A file larger than limits.maxBytes, or anything but a regular file (a
+// FIFO would block), is rejected without being read.
 std::optional<Value> readFile(const std::string& hostPath, const ReadLimits& limits = {},
                               std::string* error = nullptr);
 
-// Serialises a value. XML output is what Foundation writes (the DOCTYPE header, tabs).
+// Serialises a value. XML output is what Foundation writes (the DOCTYPE header, tabs, UIDs as
+// {CF$UID = n} dictionaries). Binary output writes each shared container once, so a value
+// read from a binary list keeps its size. Null, which no property list holds, is written as
+// an empty string.
 Data serialize(const Value& value, Format format);
 
-// Writes a value to a file by host path through a temporary file in the same folder and
-// rename(2), so readers see the old file or the new one, never half of one.
+// Writes a value to a file by host path through a temporary file in the same folder, fsync
+// and rename(2), so readers see the old file or the new one, never half of one. The new file
+// keeps the permissions of the file it replaces (0644 for a new one).
 bool writeFileAtomically(const std::string& hostPath, const Value& value, Format format,
                          std::string* error = nullptr);
 
-// Printer for test failures.
+// Printer for test failures, in the old-style text form: {a = 1; b = ("x", <0a0b>)}. Output
+// is cut at about 64 KiB, so a shared-object bomb prints in bounded time.
 std::string describe(const Value& value);
+
+// Lets GoogleTest print values with describe().
+void PrintTo(const Value& value, std::ostream* os);
 
 }  // namespace sysmend::plist
