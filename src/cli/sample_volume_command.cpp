@@ -11,7 +11,14 @@ namespace {
 void populate(testing::FakeVolume& v) {
     const std::string& home = v.home();
     using testing::AppSpec;
-    AppSpec notes{.name = "Inkwell Notes", .bundleId = "net.example.inkwell"};
+    auto app = [](std::string folder, std::string name, std::string bundleId) {
+        AppSpec spec;
+        spec.folder = std::move(folder);
+        spec.name = std::move(name);
+        spec.bundleId = std::move(bundleId);
+        return spec;
+    };
+    AppSpec notes = app("/Applications", "Inkwell Notes", "net.example.inkwell");
     notes.version = "412";
     notes.minimumSystem = "10.13";
     notes.copyright = "Copyright © 2024 Example Software. All rights reserved.";
@@ -19,19 +26,17 @@ void populate(testing::FakeVolume& v) {
     notes.payloadBytes = 2'400'000;
     v.addApp(notes);
 
-    AppSpec sync{.name = "CloudSync", .bundleId = "com.example.cloudsync"};
+    AppSpec sync = app("/Applications", "CloudSync", "com.example.cloudsync");
     sync.version = "3.2.1";
     sync.payloadBytes = 8'700'000;
     v.addApp(sync);
 
-    AppSpec player{.folder = "/Applications/Media Tools",
-                   .name = "Tune Player",
-                   .bundleId = "org.example.tuneplayer"};
+    AppSpec player = app("/Applications/Media Tools", "Tune Player", "org.example.tuneplayer");
     player.developmentRegion = "de";
     player.payloadBytes = 650'000;
     v.addApp(player);
 
-    AppSpec helper{.name = "Menu Weather", .bundleId = "io.example.menuweather"};
+    AppSpec helper = app("/Applications", "Menu Weather", "io.example.menuweather");
     helper.infoFormat = plist::Format::Binary;
     helper.payloadBytes = 120'000;
     v.addApp(helper);
