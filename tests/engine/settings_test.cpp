@@ -36,13 +36,22 @@ TEST_F(SettingsTest, DefaultsPersistAtOnceAndKeepUnknownKeys) {
     EXPECT_TRUE(reread.synchronize());
 }
 
-TEST_F(SettingsTest, UnreadableFileReadsAsEmptyAndIsReplacedOnWrite) {
-    scratch_.write("/prefs/net.qvarlo.Sysmend.plist", "not a property list");
+TEST_F(SettingsTest, UnreadableFileIsKeptAsideNotOverwritten) {
+    scratch_.write("/prefs/net.qvarlo.Sysmend.plist", "<plist><dict><key>a</key>");
     UserDefaults defaults(file_);
     EXPECT_TRUE(defaults.keys().empty());
     EXPECT_FALSE(defaults.boolForKey("anything"));
     defaults.setBool(true, "haveRunBefor");
     EXPECT_TRUE(UserDefaults(file_).boolForKey("haveRunBefor"));
+    EXPECT_TRUE(std::filesystem::exists(file_ + ".corrupt"));
+}
+
+TEST_F(SettingsTest, UnwritableFolderKeepsValuesForTheRun) {
+    scratch_.write("/prefs-file", "a file where the folder should be");
+    UserDefaults defaults(scratch_.host("/prefs-file/sub/net.qvarlo.Sysmend.plist"));
+    defaults.setBool(true, "isNeedRemove_logs");
+    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_TRUE(defaults.boolForKey("isNeedRemove_logs"));
 }
 
 TEST_F(SettingsTest, FirstRunAppliesDefaultsWithoutReading) {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
@@ -35,6 +36,9 @@ void makeFolders(const std::string& folder) {
 UserDefaults::UserDefaults(std::string filePath) : filePath_(std::move(filePath)) {
     if (auto value = plist::readFile(filePath_); value && value->asDictionary() != nullptr) {
         values_ = *value->asDictionary();
+    } else {
+        struct stat st {};
+        unreadableFileOnDisk_ = ::lstat(filePath_.c_str(), &st) == 0;
     }
 }
 
@@ -114,6 +118,12 @@ bool UserDefaults::synchronize() const {
 
 void UserDefaults::writeLocked() {
     makeFolders(path::deletingLastPathComponent(filePath_));
+    if (unreadableFileOnDisk_) {
+        // Whatever the unreadable file held may still be worth recovering by hand: keep it
+        // beside the new one instead of writing over it.
+        ::rename(filePath_.c_str(), (filePath_ + ".corrupt").c_str());
+        unreadableFileOnDisk_ = false;
+    }
     lastWriteOk_ = plist::writeFileAtomically(filePath_, plist::Value(values_), plist::Format::Xml);
 }
 

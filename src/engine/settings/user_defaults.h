@@ -5,7 +5,9 @@
 // ~/.config/sysmend; ~/Library/Preferences on macOS) as "<application id>.plist". Every change
 // is written at once through a temporary file and rename(2), so a crash never leaves half a
 // file; keys this version does not know are kept as they were. A file that cannot be read is
-// treated as empty (and replaced at the next write).
+// treated as empty; at the next write it is moved aside to "<file>.corrupt" rather than
+// overwritten. A folder that cannot be written only makes synchronize() report false: the
+// values stay in memory for this run and start-up goes on.
 //
 // Thread-safe: the folder-grant helper may read and write from any thread.
 #pragma once
@@ -57,6 +59,7 @@ class UserDefaults {
     mutable std::mutex mutex_;
     plist::Dictionary values_;
     bool lastWriteOk_ = true;
+    bool unreadableFileOnDisk_ = false;
 };
 
 // The application id under which the defaults are kept.
