@@ -331,28 +331,18 @@ Value everyKind() {
     Dictionary nested;
     nested.set("zero", 0);
     nested.set("e\u0301t\u00e9 \U0001F600", "caf\u00e9 \u65e5\u672c");
-    Array elements{Value(false),
-                   Value(true),
-                   Value(-1),
-                   Value(255),
-                   Value(256),
-                   Value(65536),
-                   Value(std::numeric_limits<std::int64_t>::max()),
-                   Value(std::numeric_limits<std::int64_t>::min()),
-                   Value(0.1),
-                   Value(-0.0),
-                   Value(std::nan("")),
-                   Value(std::numeric_limits<double>::infinity()),
-                   Value(referenceDate(-86400 * 365.0)),
-                   Value(referenceDate(729452449)),
-                   Value(Data{}),
-                   Value(Uid{0}),
-                   Value(Uid{70000}),
-                   Value(""),
-                   Value("<&>"),
-                   Value(std::move(nested)),
-                   Value(Array{}),
-                   Value(Dictionary{})};
+    using limits64 = std::numeric_limits<std::int64_t>;
+    const auto uid = [](std::uint64_t n) { return Value(Uid{n}); };
+    Array elements;
+    for (const Array& group : {
+             Array{false, true, -1, 255, 256, 65536, limits64::max(), limits64::min()},
+             Array{0.1, -0.0, std::nan(""), std::numeric_limits<double>::infinity()},
+             Array{referenceDate(-86400 * 365.0), referenceDate(729452449)},
+             Array{uid(0), uid(70000), uid(std::numeric_limits<std::uint64_t>::max())},
+             Array{Data(), "", "<&>", std::move(nested), Array(), Dictionary()},
+         }) {
+        elements.insert(elements.end(), group.begin(), group.end());
+    }
     Data bytes(1000);
     for (std::size_t i = 0; i < bytes.size(); ++i)
         bytes[i] = static_cast<std::uint8_t>(i * 7);

@@ -36,7 +36,7 @@ std::size_t treeSize(const Value& value, std::size_t budget) {
 bool same(const Value& a, const Value& b, Date::duration dateTolerance) {
     if (const Dictionary* d = a.asDictionary(); d && b.asUid() && d->size() == 1) {
         const Value* uid = d->find("CF$UID");
-        return uid && uid->asInteger() && *uid->asInteger() >= 0 &&
+        return uid && uid->asInteger() &&
                static_cast<std::uint64_t>(*uid->asInteger()) == b.asUid()->value;
     }
     if (a.type() != b.type())

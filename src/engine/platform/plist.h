@@ -7,7 +7,9 @@
 // bomb" decodes in linear time and memory.
 //
 // Containers are immutable once built and shared between copies (copying a Value is O(1));
-// the mutating accessors copy a container first when it is shared (copy on write).
+// the mutating accessors copy a container first when it is shared (copy on write). So values
+// may be read from several threads at once and copies changed independently; one Value must
+// not be changed while another thread reads that same object.
 #pragma once
 
 #include <concepts>
@@ -55,11 +57,11 @@ class Dictionary {
     void set(std::string key, Value value);
     bool erase(std::string_view key);
 
-    std::size_t size() const { return entries_.size(); }
-    bool empty() const { return entries_.empty(); }
+    std::size_t size() const;
+    bool empty() const;
     const std::vector<Entry>& entries() const { return entries_; }
-    auto begin() const { return entries_.begin(); }
-    auto end() const { return entries_.end(); }
+    std::vector<Entry>::const_iterator begin() const;
+    std::vector<Entry>::const_iterator end() const;
 
     bool operator==(const Dictionary& other) const;
 
@@ -118,6 +120,8 @@ class Value {
     bool boolValue() const;
     std::int64_t integerValue() const;
 
+    // Deep comparison; a container compared with itself (shared) is equal at once, but two
+    // separately read copies of a shared-object bomb are compared as the trees they stand for.
     bool operator==(const Value& other) const;
 
   private:
@@ -154,8 +158,9 @@ std::optional<Value> readFile(const std::string& hostPath, const ReadLimits& lim
 
 // Serialises a value. XML output is what Foundation writes (the DOCTYPE header, tabs, UIDs as
 // {CF$UID = n} dictionaries). Binary output writes each shared container once, so a value
-// read from a binary list keeps its size. Null, which no property list holds, is written as
-// an empty string.
+// read from a binary list keeps its size; XML has no references and writes a shared container
+// once per parent, so a value read from a hostile binary list can be huge as XML. Null, which
+// no property list holds, is written as an empty string.
 Data serialize(const Value& value, Format format);
 
 // Writes a value to a file by host path through a temporary file in the same folder, fsync
@@ -170,5 +175,19 @@ std::string describe(const Value& value);
 
 // Lets GoogleTest print values with describe().
 void PrintTo(const Value& value, std::ostream* os);
+
+// Defined here, where Value is complete: the standard library needs it for vector<Entry>.
+inline std::size_t Dictionary::size() const {
+    return entries_.size();
+}
+inline bool Dictionary::empty() const {
+    return entries_.empty();
+}
+inline std::vector<Dictionary::Entry>::const_iterator Dictionary::begin() const {
+    return entries_.begin();
+}
+inline std::vector<Dictionary::Entry>::const_iterator Dictionary::end() const {
+    return entries_.end();
+}
 
 }  // namespace sysmend::plist

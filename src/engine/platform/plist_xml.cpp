@@ -449,10 +449,11 @@ class XmlReader {
             entries.set(std::move(key), value(openTag(), depth + 1));
         }
         closeTag("dict");
-        // Keyed archives written as XML hold their references as {CF$UID = n}.
+        // Keyed archives written as XML hold their references as {CF$UID = n}. A UID above
+        // INT64_MAX comes back from <integer> wrapped, and the cast unwraps it.
         if (entries.size() == 1) {
             const Value* uid = entries.find("CF$UID");
-            if (uid != nullptr && uid->asInteger() && *uid->asInteger() >= 0) {
+            if (uid != nullptr && uid->asInteger()) {
                 return Value(Uid{static_cast<std::uint64_t>(*uid->asInteger())});
             }
         }
