@@ -14,6 +14,8 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev
     # looking at windows without a display; fuzzing
     xvfb xauth imagemagick clang-14 libclang-rt-14-dev
+    # benchmark scripts
+    bc time
 )
 
 missing=()
