@@ -56,6 +56,7 @@ class Dictionary {
     bool contains(std::string_view key) const { return find(key) != nullptr; }
     void set(std::string key, Value value);
     bool erase(std::string_view key);
+    void reserve(std::size_t count);
 
     std::size_t size() const;
     bool empty() const;
@@ -182,6 +183,9 @@ inline std::size_t Dictionary::size() const {
 }
 inline bool Dictionary::empty() const {
     return entries_.empty();
+}
+inline void Dictionary::reserve(std::size_t count) {
+    entries_.reserve(count);
 }
 inline std::vector<Dictionary::Entry>::const_iterator Dictionary::begin() const {
     return entries_.begin();

@@ -50,18 +50,22 @@ class BinaryReader {
         }
         if (count_ == 0 || top >= count_)
             throw BinaryError{"bad object count in trailer"};
-        if (count_ > limits_.maxObjects)
+        if (count_ > std::min<std::uint64_t>(limits_.maxObjects, UINT32_MAX - kDone))
             throw BinaryError{"too many objects"};
         if (tableOffset_ < 9 || tableOffset_ >= objectsEnd_ ||
             count_ > (objectsEnd_ - tableOffset_) / offsetSize_) {
             throw BinaryError{"offset table out of bounds"};
         }
-        state_.assign(count_, State::Unseen);
+        state_.assign(count_, kUnseen);
         return object(top, 1);
     }
 
   private:
-    enum class State : std::uint8_t { Unseen, Decoding, Done };
+    // Per object: not met yet, being decoded (meeting it again is a cycle), or decoded, as
+    // the position of the container in containers_ plus kDone.
+    static constexpr std::uint32_t kUnseen = 0;
+    static constexpr std::uint32_t kDecoding = 1;
+    static constexpr std::uint32_t kDone = 2;
 
     std::span<const std::uint8_t> take(std::uint64_t position, std::uint64_t size) const {
         if (position > objectsEnd_ || size > objectsEnd_ - position) {
@@ -111,9 +115,9 @@ class BinaryReader {
             throw BinaryError{"object reference out of range"};
         if (++produced_ > limits_.maxObjects)
             throw BinaryError{"too many objects"};
-        if (state_[index] == State::Done)
-            return containers_.at(index);
-        if (state_[index] == State::Decoding)
+        if (state_[index] >= kDone)
+            return containers_[state_[index] - kDone];
+        if (state_[index] == kDecoding)
             throw BinaryError{"object contains itself"};
 
         std::uint64_t position = offsetOf(index);
@@ -196,10 +200,13 @@ class BinaryReader {
         const std::uint8_t* p = take(position, count * refs * refSize_).data();
         auto ref = [&](std::uint64_t i) { return readBigEndian(p + i * refSize_, refSize_); };
 
-        state_[index] = State::Decoding;
+        state_[index] = kDecoding;
+        // Room for what the limits still allow, not for whatever count the file claims.
+        const std::size_t room = std::min<std::uint64_t>(count, limits_.maxObjects - produced_);
         Value result;
         if (kind == 0xD) {
             Dictionary entries;
+            entries.reserve(room);
             for (std::uint64_t i = 0; i < count; ++i) {
                 Value key = object(ref(i), depth + 1);
                 if (!key.asString())
@@ -209,13 +216,13 @@ class BinaryReader {
             result = Value(std::move(entries));
         } else {
             Array elements;
-            elements.reserve(count);
+            elements.reserve(room);
             for (std::uint64_t i = 0; i < count; ++i)
                 elements.push_back(object(ref(i), depth + 1));
             result = Value(std::move(elements));
         }
-        state_[index] = State::Done;
-        containers_.emplace(index, result);
+        state_[index] = static_cast<std::uint32_t>(containers_.size() + kDone);
+        containers_.push_back(result);
         return result;
     }
 
@@ -226,9 +233,9 @@ class BinaryReader {
     std::uint64_t count_ = 0;
     std::size_t offsetSize_ = 0;
     std::size_t refSize_ = 0;
-    std::vector<State> state_;
-    // Decoded containers by object index: a second reference shares the first decoding.
-    std::unordered_map<std::uint64_t, Value> containers_;
+    std::vector<std::uint32_t> state_;
+    // Decoded containers, found through state_: a second reference shares the first decoding.
+    std::vector<Value> containers_;
     std::size_t produced_ = 0;
     std::size_t decodedBytes_ = 0;
 };
