@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "platform/plist.h"
 #include "platform/volume.h"
@@ -48,6 +50,22 @@ class FakeVolume {
     std::string writePlist(std::string_view volumePath, const plist::Value& value,
                            plist::Format format = plist::Format::Xml);
     std::string symlink(std::string_view volumePath, std::string_view target);
+
+    // Browser profiles and extensions (defined in fake_volume_browser.cpp).
+    // The "Extensions" folders of Chrome's default profile and of Opera in the home folder.
+    std::string chromeExtensionsFolder() const;
+    std::string operaExtensionsFolder() const;
+    // An installed Chrome-style extension, <extensionsFolder>/<id>/<version>/manifest.json
+    // holding `manifest`, with a _locales/<locale>/messages.json for each (locale, text) of
+    // `messages`. Returns the manifest's volume path.
+    std::string addBrowserExtension(
+        std::string_view extensionsFolder, std::string_view id, std::string_view version,
+        std::string_view manifest,
+        const std::vector<std::pair<std::string, std::string>>& messages = {});
+    // ~/Library/Application Support/Firefox/Profiles/<profile>/extensions.json.
+    std::string addFirefoxRegistry(std::string_view profile, std::string_view json);
+    // A copy of a host folder's files (sample files of the test data) under a volume folder.
+    std::string copyIn(const std::string& hostFolder, std::string_view volumeFolder);
 
     // An application bundle with its Info.plist; returns the bundle's volume path.
     std::string addApp(const AppSpec& spec);
