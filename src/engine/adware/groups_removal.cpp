@@ -1,0 +1,166 @@
+#include "adware/groups_removal.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <memory>
+#include <utility>
+
+#include "model/tool_records.h"
+#include "platform/path.h"
+#include "platform/syslog.h"
+#include "tools/file_manager.h"
+
+namespace sysmend {
+namespace {
+
+bool anyGroupChecked(const NAGroupObjArray& groups) {
+    return std::any_of(groups.begin(), groups.end(),
+                       [](const auto& group) { return group->isChecked() != 0; });
+}
+
+void eraseAt(NAGroupObjArray& groups, std::size_t index) {
+    groups.erase(groups.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
+// Removes one checked item's file and records the outcome; true when it is gone.
+bool removeItemFile(const NAFileobj& item, GroupsRemoval& result) {
+    const bool removed = removePath(item.filePath());
+    (removed ? result.removed : result.failed).push_back(item.filePath());
+    return removed;
+}
+
+void removeFinding(const std::shared_ptr<NAFileobj>& finding, NAFileobjArray& removeFaildFiles,
+                   GroupsRemoval& result) {
+    const bool removed = removeItemFile(*finding, result);
+    const std::string type = path::lowercased(finding->fileType());
+    const std::string& filePath = finding->filePath();
+    if (type == "com.apple.safari.extension") {
+        removePath(path::appending(path::deletingLastPathComponent(filePath), "Extensions.plist"));
+    } else if (type == "xpi") {
+        logLine("fire fox");
+        const std::string profile =
+            path::deletingLastPathComponent(path::deletingLastPathComponent(filePath));
+        removePath(path::appending(profile, "extensions.json"));
+    }
+    if (!removed)
+        removeFaildFiles.push_back(finding);
+}
+
+bool isMaliciousCookie(const NAFileobj& item) {
+    const auto* browserItem = dynamic_cast<const NABrowserObj*>(&item);
+    return browserItem != nullptr && browserItem->isMaliciousCookie();
+}
+
+}  // namespace
+
+GroupsRemoval remove_adware_action(NACategoryObj& category, NAFileobjArray& removeFaildFiles) {
+    GroupsRemoval result;
+    NAGroupObjArray& groups = category.groups();
+    result.anyChecked = anyGroupChecked(groups);
+    if (!result.anyChecked)
+        return result;
+
+    for (std::size_t g = 0; g < groups.size();) {
+        const std::shared_ptr<NAGroupObj> group = groups[g];
+        if (group->isChecked() == 1) {
+            for (const auto& finding : group->contents())
+                removeFinding(finding, removeFaildFiles, result);
+            eraseAt(groups, g);
+            continue;
+        }
+        if (group->isChecked() == -1) {
+            NAFileobjArray& contents = group->contents();
+            for (std::size_t i = 0; i < contents.size();) {
+                const std::shared_ptr<NAFileobj> finding = contents[i];
+                if (finding->isChecked() == 0) {
+                    ++i;
+                    continue;
+                }
+                removeFinding(finding, removeFaildFiles, result);
+                group->removeFileObj(finding);
+            }
+            group->setIsChecked(0);
+        }
+        ++g;
+    }
+    return result;
+}
+
+GroupsRemoval remove_normal_objects_action(NACategoryObj& category) {
+    GroupsRemoval result;
+    NAGroupObjArray& groups = category.groups();
+    result.anyChecked = anyGroupChecked(groups);
+    if (!result.anyChecked)
+        return result;
+
+    for (std::size_t g = 0; g < groups.size();) {
+        const std::shared_ptr<NAGroupObj> group = groups[g];
+        NAFileobjArray& contents = group->contents();
+        for (std::size_t i = 0; i < contents.size();) {
+            const std::shared_ptr<NAFileobj> item = contents[i];
+            if (item->isChecked() == 0) {
+                ++i;
+                continue;
+            }
+            removeItemFile(*item, result);
+            group->removeFileObj(item);
+        }
+        if (group->isChecked() == 1) {
+            eraseAt(groups, g);
+            continue;
+        }
+        // Setting the mark again recomputes the parent group without touching the items left.
+        group->setIsNeedChangeSubGroupsOrChirenState(false);
+        group->setIsChecked(group->isChecked());
+        group->setIsNeedChangeSubGroupsOrChirenState(true);
+        ++g;
+    }
+    return result;
+}
+
+bool removeAction(NACategoryObj& category) {
+    NAGroupObjArray& groups = category.groups();
+    if (!anyGroupChecked(groups))
+        return false;
+
+    for (const auto& group : groups) {
+        if (group->browserType() == 0)
+            continue;
+        NAFileobjArray picked;
+        for (const NAFileobjArray* items : {&group->contents(), &group->cache_contents()}) {
+            std::copy_if(items->begin(), items->end(), std::back_inserter(picked),
+                         [](const auto& item) { return item->isChecked() == 1; });
+        }
+        group->setIsNeedChangeSubGroupsOrChirenState(false);
+        group->setIsChecked(0);
+        group->setIsNeedChangeSubGroupsOrChirenState(true);
+        auto isPicked = [&](const auto& item) {
+            return std::find(picked.begin(), picked.end(), item) != picked.end();
+        };
+        std::erase_if(group->contents(), isPicked);
+        std::erase_if(group->cache_contents(), isPicked);
+    }
+    return true;
+}
+
+void setDisplayIndex(NAGroupObjArray& groups, std::int64_t index) {
+    for (const auto& group : groups) {
+        NAFileobjArray& contents = group->contents();
+        NAFileobjArray& cache = group->cache_contents();
+        if (index != 0) {
+            auto hidden =
+                std::stable_partition(contents.begin(), contents.end(),
+                                      [](const auto& item) { return isMaliciousCookie(*item); });
+            cache.insert(cache.end(), std::make_move_iterator(hidden),
+                         std::make_move_iterator(contents.end()));
+            contents.erase(hidden, contents.end());
+        } else {
+            contents.insert(contents.end(), std::make_move_iterator(cache.begin()),
+                            std::make_move_iterator(cache.end()));
+            cache.clear();
+        }
+    }
+}
+
+}  // namespace sysmend
