@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -561,6 +562,63 @@ TEST_F(PlistFileTest, ReadRefusesWhatIsNotASmallRegularFile) {
     EXPECT_FALSE(readFile(big, limitsWith(&ReadLimits::maxBytes, 64), &error));
     EXPECT_EQ(error, "larger than 64 bytes");
     EXPECT_TRUE(readFile(big));
+}
+
+// Scans run on pool threads with small stacks; a hostile list nested 100,000 deep must be
+// refused there too, in both formats, not overflow the stack.
+TEST(PlistHostileTest, DeepNestingIsRefusedOnASmallStack) {
+    std::string xml;
+    for (int i = 0; i < 100000; ++i)
+        xml += "<array>";
+    Data binary = {'b', 'p', 'l', 'i', 's', 't', '0', '0'};
+    const std::uint32_t count = 100001;
+    std::vector<std::uint32_t> offsets;
+    auto put32 = [](Data& d, std::uint32_t v) {
+        for (int shift = 24; shift >= 0; shift -= 8)
+            d.push_back(static_cast<std::uint8_t>(v >> shift));
+    };
+    for (std::uint32_t i = 0; i + 1 < count; ++i) {
+        offsets.push_back(static_cast<std::uint32_t>(binary.size()));
+        binary.push_back(0xA1);  // an array of one element: the next object
+        put32(binary, i + 1);
+    }
+    offsets.push_back(static_cast<std::uint32_t>(binary.size()));
+    binary.push_back(0x09);  // true
+    const auto tableOffset = static_cast<std::uint32_t>(binary.size());
+    for (std::uint32_t o : offsets)
+        put32(binary, o);
+    Data trailer(6, 0);
+    trailer.push_back(4);  // offset size
+    trailer.push_back(4);  // reference size
+    for (std::uint64_t v : {std::uint64_t{count}, std::uint64_t{0}, std::uint64_t{tableOffset}})
+        for (int shift = 56; shift >= 0; shift -= 8)
+            trailer.push_back(static_cast<std::uint8_t>(v >> shift));
+    binary.insert(binary.end(), trailer.begin(), trailer.end());
+
+    struct Job {
+        const std::string* xml;
+        const Data* binary;
+        bool xmlRefused = false, binaryRefused = false;
+    } job{&xml, &binary};
+    pthread_attr_t attr;
+    pthread_attr_init(&attr);
+    pthread_attr_setstacksize(&attr, 512 * 1024);
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(
+                  &thread, &attr,
+                  [](void* arg) -> void* {
+                      auto* j = static_cast<Job*>(arg);
+                      j->xmlRefused = !parse(std::span(
+                          reinterpret_cast<const std::uint8_t*>(j->xml->data()), j->xml->size()));
+                      j->binaryRefused = !parse(*j->binary);
+                      return nullptr;
+                  },
+                  &job),
+              0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attr);
+    EXPECT_TRUE(job.xmlRefused);
+    EXPECT_TRUE(job.binaryRefused);
 }
 
 }  // namespace
