@@ -124,4 +124,36 @@ std::string FakeVolume::setFirewall(std::int64_t globalstate) {
     return writePlist("/Library/Preferences/com.apple.alf.plist", plist::Value(std::move(alf)));
 }
 
+// Startup items, crash reports and firewall: content beyond the basic builders.
+
+std::string FakeVolume::addAppBundle(std::string_view folder, std::string_view name,
+                                     std::string_view bundleId) {
+    AppSpec spec;
+    spec.folder = folder;
+    spec.name = name;
+    spec.bundleId = bundleId;
+    return addApp(spec);
+}
+
+std::string FakeVolume::addCrashReportWithLine(std::string_view fileName,
+                                               std::string_view identifierLine) {
+    std::string text =
+        "Process:               Sample [512]\n"
+        "Path:                  /Applications/Sample.app/Contents/MacOS/Sample\n" +
+        std::string(identifierLine) +
+        "\n"
+        "Version:               1.0 (1)\n"
+        "Exception Type:        EXC_BAD_ACCESS (SIGSEGV)\n";
+    return write(path::appending(home_ + "/Library/Logs/DiagnosticReports", fileName), text);
+}
+
+std::string FakeVolume::addCrashReporterEntry(std::string_view fileName, std::string_view content) {
+    return write(path::appending(home_ + "/Library/Application Support/CrashReporter", fileName),
+                 content);
+}
+
+std::string FakeVolume::setFirewallPreferences(const plist::Value& value, plist::Format format) {
+    return writePlist("/Library/Preferences/com.apple.alf.plist", value, format);
+}
+
 }  // namespace sysmend::testing

@@ -77,6 +77,19 @@ class FakeVolume {
     // /Library/Preferences/com.apple.alf.plist with the given "globalstate".
     std::string setFirewall(std::int64_t globalstate);
 
+    // Startup items, crash reports and firewall: content beyond the basic builders above.
+    // addApp with just a folder, a name and a CFBundleIdentifier.
+    std::string addAppBundle(std::string_view folder, std::string_view name,
+                             std::string_view bundleId);
+    // A crash report in ~/Library/Logs/DiagnosticReports whose identifier line is given whole
+    // (say "Identifier:\t a:b.c "), between the usual lines of a report.
+    std::string addCrashReportWithLine(std::string_view fileName, std::string_view identifierLine);
+    // An entry of ~/Library/Application Support/CrashReporter.
+    std::string addCrashReporterEntry(std::string_view fileName, std::string_view content = "");
+    // /Library/Preferences/com.apple.alf.plist holding any value, in either format.
+    std::string setFirewallPreferences(const plist::Value& value,
+                                       plist::Format format = plist::Format::Xml);
+
   private:
     std::string root_;
     std::string home_;
