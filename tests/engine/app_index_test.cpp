@@ -1,0 +1,89 @@
+#include "platform/app_index.h"
+
+#include <gtest/gtest.h>
+
+#include "support/fake_volume.h"
+
+namespace sysmend {
+namespace {
+
+using testing::FakeVolume;
+
+plist::Value infoWithIdentifier(plist::Value id) {
+    plist::Dictionary info;
+    info.set("CFBundleIdentifier", std::move(id));
+    return info;
+}
+
+class AppIndexTest : public ::testing::Test {
+  protected:
+    std::optional<std::string> find(std::string_view id) {
+        ScopedVolume scope(vol_.volume());
+        return AppIndex::build().absolutePathForAppBundleWithIdentifier(id);
+    }
+
+    FakeVolume vol_;
+};
+
+TEST_F(AppIndexTest, FindsBundlesInEveryApplicationFolderButNotInsideBundles) {
+    vol_.addAppBundle("/Applications", "Top", "com.example.top");
+    vol_.addAppBundle("/Applications/Utilities", "Util", "com.example.util");
+    vol_.addAppBundle("/Applications/Games/Old", "Deep", "com.example.deep");
+    vol_.addAppBundle("/System/Applications/Utilities", "Sys", "com.example.sys");
+    vol_.addAppBundle("/Users/alice/Applications", "Mine", "com.example.mine");
+    vol_.addAppBundle("/Applications/Top.app/Contents/Library/LoginItems", "Helper",
+                      "com.example.helper");
+    vol_.addAppBundle("/Library/Elsewhere", "Stray", "com.example.stray");
+
+    EXPECT_EQ(find("com.example.top"), "/Applications/Top.app");
+    EXPECT_EQ(find("com.example.util"), "/Applications/Utilities/Util.app");
+    EXPECT_EQ(find("com.example.deep"), "/Applications/Games/Old/Deep.app");
+    EXPECT_EQ(find("com.example.sys"), "/System/Applications/Utilities/Sys.app");
+    EXPECT_EQ(find("com.example.mine"), "/Users/alice/Applications/Mine.app");
+    EXPECT_EQ(find("com.example.helper"), std::nullopt);
+    EXPECT_EQ(find("com.example.stray"), std::nullopt);
+}
+
+TEST_F(AppIndexTest, FirstBundleWinsInFolderOrderThenWalkOrder) {
+    vol_.addAppBundle("/Users/alice/Applications", "Home", "com.example.a");
+    vol_.addAppBundle("/System/Applications", "System", "com.example.a");
+    vol_.addAppBundle("/Applications/Z", "Late", "com.example.a");
+    vol_.addAppBundle("/Applications/A", "Early", "com.example.a");
+    vol_.addAppBundle("/System/Applications", "Sys", "com.example.b");
+    vol_.addAppBundle("/Users/alice/Applications", "Home", "com.example.b");
+
+    EXPECT_EQ(find("com.example.a"), "/Applications/A/Early.app");
+    EXPECT_EQ(find("com.example.b"), "/System/Applications/Sys.app");
+}
+
+TEST_F(AppIndexTest, IdentifiersMatchIgnoringCaseButNotBlanks) {
+    vol_.addAppBundle("/Applications", "Tube", "com.AlphaSoft.iTubeDownloader");
+
+    EXPECT_EQ(find("com.alphasoft.itubedownloader"), "/Applications/Tube.app");
+    EXPECT_EQ(find(" com.AlphaSoft.iTubeDownloader"), std::nullopt);
+    EXPECT_EQ(find(""), std::nullopt);
+}
+
+TEST_F(AppIndexTest, BundlesWithoutAReadableIdentifierAndLinksAreLeftOut) {
+    vol_.addAppBundle("/Applications", "NoId", "");
+    vol_.write("/Applications/Broken.app/Contents/Info.plist", "<plist><dict><key>");
+    vol_.writePlist("/Applications/Numeric.app/Contents/Info.plist", infoWithIdentifier(42));
+    vol_.writePlist("/Applications/Shallow.app/Info.plist",
+                    infoWithIdentifier("com.example.shallow"));
+    vol_.addAppBundle("/Library/Real", "Linked", "com.example.linked");
+    vol_.symlink("/Applications/Linked.app", "/Library/Real/Linked.app");
+
+    ScopedVolume scope(vol_.volume());
+    AppIndex apps = AppIndex::build();
+    EXPECT_EQ(apps.size(), 1u);
+    EXPECT_EQ(apps.absolutePathForAppBundleWithIdentifier("com.example.shallow"),
+              "/Applications/Shallow.app");
+}
+
+TEST_F(AppIndexTest, VolumeWithoutApplicationFoldersGivesAnEmptyIndex) {
+    ScopedVolume scope(vol_.volume());
+    EXPECT_EQ(AppIndex::build().size(), 0u);
+}
+
+}  // namespace
+}  // namespace sysmend
