@@ -31,9 +31,10 @@ std::int64_t sizeFromStatus(const struct stat& st, bool allocated) {
 
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-// Folders below this depth stay open while their sub-folders are summed, so that those are
-// opened relative to them; deeper ones are closed after reading and their sub-folders opened by
-// path. A deep tree thus never holds more descriptors than this (a GUI app on macOS gets 256).
+// The top folders of a branch, up to this many, stay open while their sub-folders are summed,
+// so that those are opened relative to them; deeper ones are closed after reading and their
+// sub-folders opened by path. A deep tree thus never holds more descriptors than this (a GUI
+// app on macOS gets 256).
 constexpr std::size_t kMaxOpenFolders = 64;
 
 bool isDotOrDotDot(const char* name) {

@@ -12,17 +12,19 @@
 namespace sysmend {
 
 // Byte count as the lists show it, in decimal units: "999 Byte", "1.0 KB", "1.5 MB",
-// "2.00 GB", "1.00 TB"; "0 KB" for a negative count. The count goes through single precision
-// first, as the original formatter's float conversion does.
+// "2.00 GB", "1.00 TB"; "0 KB" for a negative count. The unit is chosen on the exact count but
+// the number printed is a single-precision copy of it, so 999,999,999 prints "1000.0 MB".
 std::string recal_size(std::int64_t size);
 
-// Binary units with a trailing blank: "1023 Byte ", "1.0 KB ", "1.00 MB ", "1.00 GB ".
-// Sizes of 10^12 bytes and more print "inf TB" (a division by zero that is kept on purpose);
-// negative counts give "0 KB".
+// Binary units with a trailing blank: "1023 Byte ", "1.0 KB ", "1.00 MB ", "1.00 GB ", the
+// number divided in single precision. Sizes of 10^12 bytes and more print "inf TB" (a division
+// by zero that is kept on purpose); negative counts give "0 KB".
 std::string recal_size1024(std::int64_t size);
 
-// Bytes under a path, links never followed: option 1 sums allocated blocks (st_blocks * 512),
-// option 0 logical sizes. A missing path is 0; a folder counts only its contents.
+// Bytes under a path, links never followed: a non-zero option sums allocated blocks
+// (st_blocks * 512), option 0 logical sizes. A missing path is 0; a folder counts only its
+// contents, packages included; a file with several hard links counts once per path. Unreadable
+// folders add nothing. Any thread may call it.
 std::int64_t sizeAtPath(std::string_view volumePath, int option);
 
 // Logical size from lstat; 0 when the status cannot be read.
