@@ -2,86 +2,53 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
+#include <filesystem>
 
 #include "support/fake_volume.h"
 
 namespace sysmend {
 namespace {
 
-using testing::FakeVolume;
-
 plist::Value preferences(plist::Value globalstate) {
     plist::Dictionary alf;
-    alf.set("stealthenabled", 0);
     alf.set("globalstate", std::move(globalstate));
     return alf;
 }
 
-std::string readTestData(const std::string& relative) {
-    std::ifstream in(std::string(SYSMEND_TEST_DATA) + "/" + relative, std::ios::binary);
-    std::stringstream bytes;
-    bytes << in.rdbuf();
-    return bytes.str();
-}
-
 TEST(FirewallStatusTest, OffOnlyWhenADictionaryWasReadAndGlobalstateReadsAsZero) {
-    EXPECT_FALSE(getFirewallStatus(preferences(0)));
-    EXPECT_FALSE(getFirewallStatus(preferences(false)));
-    EXPECT_FALSE(getFirewallStatus(preferences(0.5)));
-    EXPECT_FALSE(getFirewallStatus(preferences("0")));
-    EXPECT_FALSE(getFirewallStatus(preferences("off")));
+    for (const plist::Value& zero : {plist::Value(0), plist::Value(false), plist::Value("0")})
+        EXPECT_FALSE(getFirewallStatus(preferences(zero))) << plist::describe(zero);
 
-    EXPECT_TRUE(getFirewallStatus(preferences(1)));
-    EXPECT_TRUE(getFirewallStatus(preferences(2)));
-    EXPECT_TRUE(getFirewallStatus(preferences(-1)));
-    EXPECT_TRUE(getFirewallStatus(preferences("2")));
-    EXPECT_TRUE(getFirewallStatus(preferences(plist::Array{plist::Value(0)})));
-    EXPECT_TRUE(getFirewallStatus(preferences(Data{0})));
-    EXPECT_TRUE(getFirewallStatus(plist::Value(plist::Dictionary{})));
-    EXPECT_TRUE(getFirewallStatus(plist::Value(plist::Array{preferences(0)})));
-    EXPECT_TRUE(getFirewallStatus(plist::Value(0)));
+    for (const plist::Value& on :
+         {preferences(1), preferences(2), preferences(plist::Array{plist::Value(0)}),
+          preferences(Data{0}), plist::Value(plist::Dictionary{}),
+          plist::Value(plist::Array{preferences(0)}), plist::Value(0)}) {
+        EXPECT_TRUE(getFirewallStatus(on)) << plist::describe(on);
+    }
     EXPECT_TRUE(getFirewallStatus(std::nullopt));
 }
 
-class FirewallFileTest : public ::testing::Test {
-  protected:
-    bool status() {
-        ScopedVolume scope(vol_.volume());
-        return getFirewallStatus();
-    }
+TEST(FirewallStatusTest, ReadsTheVolumesFileInEitherFormatThroughLinks) {
+    testing::FakeVolume vol;
+    ScopedVolume scope(vol.volume());
+    EXPECT_TRUE(getFirewallStatus());  // no file
 
-    FakeVolume vol_;
-};
+    vol.setFirewallPreferences(preferences(0), plist::Format::Binary);
+    EXPECT_FALSE(getFirewallStatus());
+    vol.setFirewallPreferences(plist::Array{preferences(0)});
+    EXPECT_TRUE(getFirewallStatus());
+    vol.write(std::string(kFirewallPreferencesPath), "<plist><dict><key>globalstate</key>");
+    EXPECT_TRUE(getFirewallStatus());
 
-TEST_F(FirewallFileTest, ReadsTheVolumesPreferenceFileInEitherFormat) {
-    EXPECT_TRUE(status());  // no file
-
-    vol_.setFirewall(0);
-    EXPECT_FALSE(status());
-    vol_.setFirewall(1);
-    EXPECT_TRUE(status());
-    vol_.setFirewallPreferences(preferences(0), plist::Format::Binary);
-    EXPECT_FALSE(status());
-    vol_.setFirewallPreferences(plist::Array{preferences(0)});
-    EXPECT_TRUE(status());
-    vol_.write(std::string(kFirewallPreferencesPath), "<plist><dict><key>globalstate</key>");
-    EXPECT_TRUE(status());
-}
-
-TEST_F(FirewallFileTest, RealPreferenceFiles) {
-    vol_.write(std::string(kFirewallPreferencesPath), readTestData("alf/test_alf.plist"));
-    EXPECT_FALSE(status());
-    vol_.write(std::string(kFirewallPreferencesPath),
-               readTestData("alf/test_alf_nested_path.plist"));
-    EXPECT_TRUE(status());
-}
-
-TEST_F(FirewallFileTest, ALinkIsFollowedInsideTheVolume) {
-    vol_.writePlist("/Library/Shared/alf.plist", preferences(0));
-    vol_.symlink(std::string(kFirewallPreferencesPath), "/Library/Shared/alf.plist");
-    EXPECT_FALSE(status());
+    // Real files, reached through a link whose target is a path on the volume.
+    vol.copyIn(SYSMEND_TEST_DATA "/alf", "/Library/Shared");
+    std::filesystem::remove(vol.host(std::string(kFirewallPreferencesPath)));
+    vol.symlink(std::string(kFirewallPreferencesPath), "/Library/Shared/test_alf.plist");
+    EXPECT_FALSE(getFirewallStatus());  // XML, globalstate 0
+    std::filesystem::remove(vol.host(std::string(kFirewallPreferencesPath)));
+    vol.symlink(std::string(kFirewallPreferencesPath),
+                "/Library/Shared/test_alf_nested_path.plist");
+    EXPECT_TRUE(getFirewallStatus());  // binary, globalstate 1
 }
 
 }  // namespace
