@@ -65,16 +65,6 @@ TEST(KeyedArchive, EncodedValuesDecodeToThemselves) {
     }
 }
 
-TEST(KeyedArchive, DictionaryKeysKeepTheirOrder) {
-    const Value root = dict({{"zeta", 1}, {"alpha", 2}, {"mid", 3}});
-    const auto decoded = decode(encode(root));
-    ASSERT_TRUE(decoded);
-    std::vector<std::string> keys;
-    for (const auto& entry : *decoded->asDictionary())
-        keys.push_back(entry.first);
-    EXPECT_EQ(keys, (std::vector<std::string>{"zeta", "alpha", "mid"}));
-}
-
 // The archive NSKeyedArchiver writes for @[@{@"launch": @[@"com.foo.plist"], @"name": @"Foo"}],
 // as `plutil -convert xml1` shows it.
 constexpr std::string_view kAppleArchive = R"(<?xml version="1.0" encoding="UTF-8"?>
