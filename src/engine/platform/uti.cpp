@@ -194,11 +194,11 @@ const std::vector<std::string_view>* typesForExtension(std::string_view ext) {
 // Five bits per letter over an alphabet without easily confused letters, after "dyn.a".
 std::string dynamicIdentifier(std::string_view ext) {
     static constexpr std::string_view kAlphabet = "abcdefghkmnpqrstuvwxyz0123456789";
-    const std::string tagSpec = "?0=7:1=" + std::string(ext);
+    const std::string tag = "?0=7:1=" + std::string(ext);
     std::string out = "dyn.a";
     unsigned buffer = 0;
     int bits = 0;
-    for (unsigned char c : tagSpec) {
+    for (unsigned char c : tag) {
         buffer = (buffer << 8) | c;
         bits += 8;
         while (bits >= 5) {
