@@ -13,5 +13,10 @@ export SYSMEND_ROOT="$sample"
 if [ -x ./build/release/src/gui/sysmend ]; then
     exec ./build/release/src/gui/sysmend "$@"
 fi
-# Until the window lands, show what the tools find on the sample volume.
-exec ./build/release/src/cli/sysmend-cli size /Applications /Users "$@"
+# Without the window (built without Qt), show what each tool finds on the sample volume.
+cli=./build/release/src/cli/sysmend-cli
+for tool in firewall startup crashes apps adware; do
+    echo "== $tool"
+    "$cli" "$tool" "$@" || true
+    echo
+done
