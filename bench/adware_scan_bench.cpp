@@ -1,0 +1,187 @@
+// The adware scan against find on the same folders in the same run. Builds a volume in a
+// temporary folder (removed afterwards): a home of small files in two levels of folders, a
+// few application bundles there and in /Applications, launch agents and a Chrome profile;
+// warms the cache with one find, then times the whole scan (ten passes, a small database),
+// its walk over /Applications and the home folder alone, and `find -printf ""` over the same
+// two folders (names only, the floor for any walk). The last line gives the ratios.
+//
+//   adware_scan_bench [--files=200000] [--folders=20000] [benchmark flags]
+
+#include <benchmark/benchmark.h>
+#include <sys/resource.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "adware/adware_scan.h"
+#include "support/fake_volume.h"
+
+namespace {
+
+using namespace sysmend;
+
+testing::FakeVolume* gVolume = nullptr;
+
+void buildHome(testing::FakeVolume& volume, long files, long folders) {
+    long top = 1;
+    while (top * top < folders)
+        ++top;
+    std::vector<std::string> all;
+    for (long t = 0; t < top && static_cast<long>(all.size()) < folders; ++t) {
+        const std::string parent = volume.mkdir(volume.home() + "/top" + std::to_string(t));
+        all.push_back(parent);
+        for (long s = 1; s < top && static_cast<long>(all.size()) < folders; ++s)
+            all.push_back(volume.mkdir(parent + "/sub" + std::to_string(s)));
+    }
+    const std::string content(100, 'x');
+    for (long i = 0; i < files; ++i)
+        volume.write(
+            all[static_cast<std::size_t>(i) % all.size()] + "/f" + std::to_string(i) + ".txt",
+            content);
+    for (int i = 0; i < 20; ++i) {
+        testing::AppSpec app;
+        app.folder = i % 2 ? "/Applications" : all[static_cast<std::size_t>(i * 7) % all.size()];
+        app.name = "App" + std::to_string(i);
+        volume.addApp(app);
+        volume.addLaunchJob(volume.home() + "/Library/LaunchAgents",
+                            "com.app" + std::to_string(i) + ".plist",
+                            "com.app" + std::to_string(i));
+    }
+    volume.addBrowserExtension(volume.chromeExtensionsFolder(), "abcdef", "1.0",
+                               R"({"name": "Helper", "icons": {"16": "i.png"}})");
+}
+
+plist::Value database() {
+    plist::Array threats;
+    for (int i = 0; i < 50; ++i) {
+        plist::Dictionary threat;
+        threat.set("name", "Threat " + std::to_string(i));
+        const std::string tag = "t" + std::to_string(i);
+        for (const char* key :
+             {"launch", "launchContent", "path", "app", "extensions", "preferences"})
+            threat.set(key, plist::Array{plist::Value(tag + "-" + key)});
+        threats.emplace_back(std::move(threat));
+    }
+    return threats;
+}
+
+double childrenCpuSeconds() {
+    struct rusage usage {};
+    ::getrusage(RUSAGE_CHILDREN, &usage);
+    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
+std::string findCommand() {
+    return "find '" + gVolume->host("/Applications") + "' '" + gVolume->host(gVolume->home()) +
+           "' -printf ''";
+}
+
+void BM_analysisAdware(benchmark::State& state) {
+    ScopedVolume scope(gVolume->volume());
+    auto category = std::make_shared<NACategoryObj>();
+    AdwareScan scan(database(), category);
+    for (auto _ : state) {
+        scan.initargs();
+        scan.analysisAdware();
+    }
+    state.counters["visits"] = static_cast<double>(scan.scanedFiles());
+}
+
+void BM_applicationWalk(benchmark::State& state) {
+    ScopedVolume scope(gVolume->volume());
+    AdwareScan scan(plist::Array{}, {});
+    long bundles = 0;
+    for (auto _ : state)
+        scan.method_1({"/Applications", gVolume->home()}, [&](const std::string&) { ++bundles; });
+    benchmark::DoNotOptimize(bundles);
+}
+
+void BM_find(benchmark::State& state) {
+    const double before = childrenCpuSeconds();
+    for (auto _ : state) {
+        if (std::system(findCommand().c_str()) != 0)
+            throw std::runtime_error("find failed");
+    }
+    state.counters["child_cpu"] =
+        benchmark::Counter(childrenCpuSeconds() - before, benchmark::Counter::kAvgIterations);
+}
+
+BENCHMARK(BM_analysisAdware)->UseRealTime()->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_applicationWalk)
+    ->UseRealTime()
+    ->MeasureProcessCPUTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_find)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+// Prints as usual and keeps each benchmark's wall and processor milliseconds per run.
+class RecordingReporter : public benchmark::ConsoleReporter {
+  public:
+    struct Times {
+        double wall = 0;
+        double cpu = 0;
+    };
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) {
+            if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "median")
+                continue;
+            Times& t = times[run.run_name.function_name];
+            t.wall = run.GetAdjustedRealTime();
+            auto child = run.counters.find("child_cpu");
+            t.cpu =
+                child != run.counters.end() ? child->second.value * 1e3 : run.GetAdjustedCPUTime();
+        }
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+    std::map<std::string, Times> times;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    long files = 200'000;
+    long folders = 20'000;
+    std::vector<char*> rest{argv[0]};
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (arg.rfind("--files=", 0) == 0)
+            files = std::stol(arg.substr(8));
+        else if (arg.rfind("--folders=", 0) == 0)
+            folders = std::stol(arg.substr(10));
+        else
+            rest.push_back(argv[i]);
+    }
+    int restCount = static_cast<int>(rest.size());
+    benchmark::Initialize(&restCount, rest.data());
+
+    testing::FakeVolume volume("bench");
+    gVolume = &volume;
+    std::printf("building %ld files in %ld folders under %s\n", files, folders,
+                volume.root().c_str());
+    buildHome(volume, files, folders);
+    if (std::system((findCommand() + " > /dev/null").c_str()) != 0)  // warm the cache
+        return 1;
+
+    RecordingReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+
+    const auto find = reporter.times["BM_find"];
+    if (find.wall > 0 && find.cpu > 0) {
+        for (const char* name : {"BM_analysisAdware", "BM_applicationWalk"}) {
+            const auto ours = reporter.times[name];
+            std::printf("%s / find: wall %.2f (%.0f ms against %.0f ms), processor %.2f\n", name,
+                        ours.wall / find.wall, ours.wall, find.wall, ours.cpu / find.cpu);
+        }
+    }
+    struct rusage usage {};
+    ::getrusage(RUSAGE_SELF, &usage);
+    std::printf("peak resident memory: %ld MiB\n", usage.ru_maxrss / 1024);
+    return 0;
+}
