@@ -129,16 +129,6 @@ TEST(FirefoxAddonsTest, KeepsAddonsWithDescriptorAndLocaleName) {
     EXPECT_THAT(firefoxAddons(json(R"([{"addons": []}])")), IsEmpty());
 }
 
-TEST(NameTestsTest, JsonFileNamesAndSafariExtensions) {
-    EXPECT_TRUE(isfireFoxJsonFile("/p/extensions.json"));
-    EXPECT_FALSE(isfireFoxJsonFile("/p/Extensions.json"));
-    EXPECT_TRUE(isMainJsonFile("/e/1.0/MANIFEST.json"));
-    EXPECT_FALSE(isMainJsonFile("/e/manifest.json/x"));
-    EXPECT_TRUE(isSafarExtensions("/s/Extensions/Foo.safariextz"));
-    EXPECT_TRUE(isSafarExtensions("Foo.SafariExtz"));
-    EXPECT_FALSE(isSafarExtensions("/s/Extensions/Extensions.plist"));
-}
-
 class BrowserExtensionsTest : public ::testing::Test {
   protected:
     std::string chromeManifest(std::string_view name, std::string_view locale = "") {
@@ -271,17 +261,6 @@ TEST_F(BrowserExtensionsTest, RealManifestsResolveTheirNames) {
                     "__MSG_extName__ @ " + extensions + "/ghbmnnjooekpmoecnnnilnnbdlolhkhi",
                     "uBlock Origin @ " + extensions + "/odfafepnkmbhccpbejgmiehpchacaeak",
                     "Privacy Badger @ " + extensions + "/pkehgijcmpdhfbdbbnkijodmdjhbjlgp"));
-}
-
-TEST_F(BrowserExtensionsTest, IsDirFollowsLinks) {
-    fake_.mkdir("/d");
-    fake_.write("/f", "");
-    fake_.symlink("/link", "d");
-    EXPECT_TRUE(isDir("/d"));
-    EXPECT_TRUE(isDir("/link"));
-    EXPECT_FALSE(isDir("/f"));
-    EXPECT_FALSE(isDir("/missing"));
-    EXPECT_FALSE(isDir(""));
 }
 
 }  // namespace

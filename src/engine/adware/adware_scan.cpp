@@ -42,11 +42,6 @@ bool isFolderEntry(const DirEntry& entry) {
     return !uti::conformsTo(type, uti::kDirectory) || uti::conformsTo(type, uti::kFolder);
 }
 
-bool contains(std::string_view text, std::string_view part) {
-    // An empty string is contained in nothing, as with the platform's string search.
-    return !part.empty() && text.find(part) != std::string_view::npos;
-}
-
 bool fileExists(const std::string& volumePath) {
     struct stat st {};
     return !volumePath.empty() && ::stat(Volume::current().hostPath(volumePath).c_str(), &st) == 0;
@@ -334,7 +329,7 @@ void AdwareScan::scanPaths() {
 void AdwareScan::scanApplications() {
     method_1({"/Applications", Volume::current().home()}, [this](const std::string& candidate) {
         bool found = matchCandidate(
-            "app", candidate, [&](const std::string& s) { return contains(candidate, s); },
+            "app", candidate, [&](const std::string& s) { return containsString(candidate, s); },
             [&] { return treatWithSize(candidate); });
         scanningPath(candidate, found);
     });
@@ -349,7 +344,7 @@ void AdwareScan::scanSafariExtensions() {
             const std::string extension = extensionPath(candidate);
             found = matchCandidate(
                 "extensions", extension,
-                [&](const std::string& s) { return contains(extension, s); },
+                [&](const std::string& s) { return containsString(extension, s); },
                 [&] {
                     std::shared_ptr<NATreatObj> treat = treatWithSize(candidate);
                     treat->setFilePath(extension);
@@ -369,7 +364,8 @@ void AdwareScan::scanExtensionRecords(const TreatArray& records, const std::stri
         const std::string& name = record->fileName();
         if (matchCandidate(
                 "extensions", record->filePath(),
-                [&](const std::string& s) { return contains(name, s); }, [&] { return record; }))
+                [&](const std::string& s) { return containsString(name, s); },
+                [&] { return record; }))
             found = true;
     }
     scanningPath(walkerPath, found);

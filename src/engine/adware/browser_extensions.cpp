@@ -148,11 +148,6 @@ const std::string* stringMember(const Json& object, std::string_view key) {
     return value && value->is_string() ? &value->get_ref<const std::string&>() : nullptr;
 }
 
-// An empty string is contained in nothing, as with the platform's string search.
-bool containsText(std::string_view text, std::string_view part) {
-    return !part.empty() && text.find(part) != std::string_view::npos;
-}
-
 void walkBrowserFolder(std::string_view relative, unsigned options, const std::atomic<bool>& stop,
                        const PathBlock& block) {
     const std::string folder =
@@ -290,7 +285,7 @@ std::string localizedName(std::string name, const Json& messages) {
         return name;
     std::string lowered = path::lowercased(name);
     for (const auto& [key, entry] : messages.items()) {
-        if (!containsText(lowered, path::lowercased(key)))
+        if (!containsString(lowered, path::lowercased(key)))
             continue;
         const std::string* message = stringMember(entry, "message");
         if (!message)
@@ -314,6 +309,10 @@ std::vector<FirefoxAddon> firefoxAddons(const Json& registry) {
             addons.push_back({*descriptor, *name});
     }
     return addons;
+}
+
+bool containsString(std::string_view text, std::string_view part) {
+    return !part.empty() && text.find(part) != std::string_view::npos;
 }
 
 bool isfireFoxJsonFile(std::string_view path) {

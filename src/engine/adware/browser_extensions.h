@@ -108,6 +108,10 @@ struct FirefoxAddon {
 // holding a string "name". Anything else is skipped.
 std::vector<FirefoxAddon> firefoxAddons(const nlohmann::ordered_json& registry);
 
+// Whether `part` occurs in `text`, case-sensitive; as with the platform's string search, an
+// empty part occurs in nothing. Names and paths are matched with it here and in the scan.
+bool containsString(std::string_view text, std::string_view part);
+
 // The last path component is "extensions.json" (case-sensitive).
 bool isfireFoxJsonFile(std::string_view path);
 // The last path component, lower-cased, is "manifest.json".
