@@ -33,6 +33,8 @@ TEST(VolumeTest, MapsVolumePathsBothWays) {
     EXPECT_EQ(v.volumePath("/tmp/vol/Users/alice"), "/Users/alice");
     EXPECT_EQ(v.volumePath("/tmp/vol"), "/");
     EXPECT_EQ(v.volumePath("/tmp/volume/x"), std::nullopt);
+    EXPECT_EQ(v.hostPath("/Users/a/../../../etc/passwd"), "/tmp/vol/etc/passwd");
+    EXPECT_EQ(v.hostPath("relative/../../x"), "/tmp/vol/x");
 
     Volume live("/", "/home/x");
     EXPECT_TRUE(live.isLiveSystem());

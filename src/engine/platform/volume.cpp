@@ -98,7 +98,10 @@ std::string Volume::hostPath(std::string_view volumePath) const {
             return std::string(volumePath);
         return "/" + std::string(volumePath);
     }
-    return path::appending(root_, volumePath.empty() ? std::string_view("/") : volumePath);
+    // Resolve "." and ".." as text first, clamped at the volume's "/": a path taken from a file
+    // on the inspected disk ("/Users/a/../../../etc") must never reach the host's own files.
+    std::string clean = path::standardized("/" + std::string(volumePath));
+    return path::appending(root_, clean);
 }
 
 std::optional<std::string> Volume::volumePath(std::string_view hostPath) const {
