@@ -9,7 +9,7 @@ packages=(
     # engine
     libssl-dev nlohmann-json3-dev
     # application
-    qt6-base-dev qt6-tools-dev qt6-image-formats-plugins libgl-dev
+    qt6-base-dev qt6-tools-dev qt6-svg-dev qt6-image-formats-plugins libgl-dev
     # tests and benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev
     # looking at windows without a display; fuzzing
