@@ -250,16 +250,46 @@ bool AdwareScan::matchCandidate(std::string_view listKey, const std::string& fin
     return false;
 }
 
+bool AdwareScan::matchExact(const std::string& listKey, const std::string& name,
+                            const std::string& findingPath,
+                            const std::function<std::shared_ptr<NATreatObj>()>& make,
+                            bool withExtensionOnly) {
+    const plist::Array* threats = adwares_.asArray();
+    if (!threats)
+        return false;
+    const std::string indexKey = withExtensionOnly ? listKey + "+ext" : listKey;
+    auto [slot, isNew] = exactIndex_.try_emplace(indexKey);
+    std::unordered_map<std::string, std::size_t>& index = slot->second;
+    if (isNew) {
+        for (std::size_t i = 0; i < threats->size(); ++i) {
+            const plist::Dictionary* threat = (*threats)[i].asDictionary();
+            const plist::Array* strings = threat ? stringsOf(*threat, listKey) : nullptr;
+            if (!strings)
+                continue;
+            for (const plist::Value& element : *strings) {
+                const std::string* text = element.asString();
+                if (text && (!withExtensionOnly || !path::pathExtension(*text).empty()))
+                    index.try_emplace(*text, i);  // the first threat keeps the string
+            }
+        }
+    }
+    auto hit = index.find(name);
+    if (hit == index.end() || isAddedTreat(findingPath))
+        return false;
+    std::shared_ptr<NATreatObj> treat = make();
+    treat->setTitle(nameOf(*(*threats)[hit->second].asDictionary()));
+    treats_.push_back(std::move(treat));
+    return true;
+}
+
 // Pass 1: items of the browser profile folders named exactly as a "preferences" string.
 void AdwareScan::scanBrowserProfiles() {
     method_0({inHome("/Library/Application Support/Google/Chrome/Default"),
               inHome("/Library/Application Support/Firefox/Profiles"), inHome("Library/Safari"),
               inHome("/Library/Application Support/com.operasoftware.Opera")},
              [this](const std::string& candidate) {
-                 const std::string name = path::lastPathComponent(candidate);
-                 bool found = matchCandidate(
-                     "preferences", candidate, [&](const std::string& s) { return name == s; },
-                     [&] { return treatWithSize(candidate); });
+                 bool found = matchExact("preferences", path::lastPathComponent(candidate),
+                                         candidate, [&] { return treatWithSize(candidate); });
                  scanningPath(candidate, found);
              });
 }
@@ -267,10 +297,8 @@ void AdwareScan::scanBrowserProfiles() {
 // Pass 2: launch agents and daemons whose file name is a "launch" string.
 void AdwareScan::scanLaunchNames() {
     method_0(launchFolders(), [this](const std::string& candidate) {
-        const std::string name = path::lastPathComponent(candidate);
-        bool found = matchCandidate(
-            "launch", candidate, [&](const std::string& s) { return name == s; },
-            [&] { return treatWithSize(candidate); });
+        bool found = matchExact("launch", path::lastPathComponent(candidate), candidate,
+                                [&] { return treatWithSize(candidate); });
         scanningPath(candidate, found);
     });
 }
@@ -279,18 +307,11 @@ void AdwareScan::scanLaunchNames() {
 // string needs it.
 void AdwareScan::scanLaunchLabels() {
     method_0(launchFolders(), [this](const std::string& candidate) {
-        const bool isPlist = isPlistFile(candidate);
-        std::optional<std::optional<std::string>> label;
-        bool found = matchCandidate(
-            "launchContent", candidate,
-            [&](const std::string& s) {
-                if (!isPlist)
-                    return false;
-                if (!label)
-                    label = labelOf(candidate);
-                return *label == s;
-            },
-            [&] { return treatWithSize(candidate); });
+        std::optional<std::string> label;
+        if (isPlistFile(candidate))
+            label = labelOf(candidate);
+        bool found = label && matchExact("launchContent", *label, candidate,
+                                         [&] { return treatWithSize(candidate); });
         scanningPath(candidate, found);
     });
 }
@@ -397,18 +418,15 @@ void AdwareScan::scanFirefoxExtensions() {
 // Pass 10: items of the browser folders named exactly as an "extensions" string that has a
 // path extension (a packaged extension's file name).
 void AdwareScan::scanBrowserFolderItems() {
-    method_0(
-        {inHome("/Library/Application Support/Google/Chrome/"),
-         inHome("/Library/Application Support/Firefox/"), inHome("Library/Safari"),
-         inHome("/Library/Application Support/com.operasoftware.Opera")},
-        [this](const std::string& candidate) {
-            const std::string name = path::lastPathComponent(candidate);
-            bool found = matchCandidate(
-                "extensions", candidate,
-                [&](const std::string& s) { return !path::pathExtension(s).empty() && name == s; },
-                [&] { return treatWithSize(candidate); });
-            scanningPath(candidate, found);
-        });
+    method_0({inHome("/Library/Application Support/Google/Chrome/"),
+              inHome("/Library/Application Support/Firefox/"), inHome("Library/Safari"),
+              inHome("/Library/Application Support/com.operasoftware.Opera")},
+             [this](const std::string& candidate) {
+                 bool found = matchExact(
+                     "extensions", path::lastPathComponent(candidate), candidate,
+                     [&] { return treatWithSize(candidate); }, /*withExtensionOnly=*/true);
+                 scanningPath(candidate, found);
+             });
 }
 
 void AdwareScan::groupTreats() {

@@ -20,6 +20,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "adware/browser_extensions.h"
@@ -119,6 +120,16 @@ class AdwareScan {
                         const std::function<bool(const std::string&)>& matches,
                         const std::function<std::shared_ptr<NATreatObj>()>& make);
 
+    // The same walk for the lists whose strings must equal the candidate's name (or label):
+    // every match of one candidate makes a finding with the same path, so the outcome is the
+    // first threat in database order that lists `name`, unless that path is already listed.
+    // An index per list makes that one look-up instead of a pass over every string.
+    // `withExtensionOnly` keeps only strings that have a path extension.
+    bool matchExact(const std::string& listKey, const std::string& name,
+                    const std::string& findingPath,
+                    const std::function<std::shared_ptr<NATreatObj>()>& make,
+                    bool withExtensionOnly = false);
+
     void scanBrowserProfiles();
     void scanLaunchNames();
     void scanLaunchLabels();
@@ -132,6 +143,9 @@ class AdwareScan {
     void groupTreats();
 
     plist::Value adwares_;
+    // List key (with "+ext" for the extension-only variant) -> string -> first threat index;
+    // built on first use from adwares_, which never changes.
+    std::unordered_map<std::string, std::unordered_map<std::string, std::size_t>> exactIndex_;
     std::weak_ptr<NACategoryObj> category_;
     Progress progress_;
     TreatArray treats_;
