@@ -10,10 +10,8 @@ if [ ! -d "$sample/Users" ]; then
     ./build/release/src/cli/sysmend-cli sample-volume "$sample"
 fi
 export SYSMEND_ROOT="$sample"
-if [ -x ./build/release/src/gui/sysmend ]; then
-    exec ./build/release/src/gui/sysmend "$@"
-fi
-# Without the window (built without Qt), show what each tool finds on the sample volume.
+# The window's tool pages are still being built; until they are, show what each tool finds on
+# the sample volume (the window itself starts with ./build/release/src/gui/sysmend).
 cli=./build/release/src/cli/sysmend-cli
 for tool in firewall startup crashes apps adware; do
     echo "== $tool"
