@@ -55,10 +55,10 @@ class AdwareScanTest : public ::testing::Test {
     }
 
     std::string addApp(std::string folder, std::string name) {
-        testing::AppSpec spec;
-        spec.folder = std::move(folder);
-        spec.name = std::move(name);
-        return fake_.addApp(spec);
+        testing::AppSpec app;
+        app.folder = std::move(folder);
+        app.name = std::move(name);
+        return fake_.addApp(app);
     }
 
     std::vector<bool> visitsOf(const std::string& path) const {

@@ -72,26 +72,26 @@ std::string FakeVolume::symlink(std::string_view volumePath, std::string_view ta
     return std::string(volumePath);
 }
 
-std::string FakeVolume::addApp(const AppSpec& spec) {
-    std::string bundle = path::appending(spec.folder, spec.name + ".app");
+std::string FakeVolume::addApp(const AppSpec& app) {
+    std::string bundle = path::appending(app.folder, app.name + ".app");
     plist::Dictionary info;
-    if (!spec.bundleId.empty())
-        info.set("CFBundleIdentifier", spec.bundleId);
-    if (!spec.omitBundleName)
-        info.set("CFBundleName", spec.bundleName.value_or(spec.name));
-    info.set("CFBundleExecutable", spec.name);
+    if (!app.bundleId.empty())
+        info.set("CFBundleIdentifier", app.bundleId);
+    if (!app.omitBundleName)
+        info.set("CFBundleName", app.bundleName.value_or(app.name));
+    info.set("CFBundleExecutable", app.name);
     info.set("CFBundlePackageType", "APPL");
-    if (spec.version)
-        info.set("CFBundleVersion", *spec.version);
-    if (spec.minimumSystem)
-        info.set("LSMinimumSystemVersion", *spec.minimumSystem);
-    if (spec.copyright)
-        info.set("NSHumanReadableCopyright", *spec.copyright);
-    if (spec.developmentRegion)
-        info.set("CFBundleDevelopmentRegion", *spec.developmentRegion);
-    writePlist(bundle + "/Contents/Info.plist", plist::Value(std::move(info)), spec.infoFormat);
-    if (spec.payloadBytes > 0) {
-        write(bundle + "/Contents/Resources/payload.bin", std::string(spec.payloadBytes, 'x'));
+    if (app.version)
+        info.set("CFBundleVersion", *app.version);
+    if (app.minimumSystem)
+        info.set("LSMinimumSystemVersion", *app.minimumSystem);
+    if (app.copyright)
+        info.set("NSHumanReadableCopyright", *app.copyright);
+    if (app.developmentRegion)
+        info.set("CFBundleDevelopmentRegion", *app.developmentRegion);
+    writePlist(bundle + "/Contents/Info.plist", plist::Value(std::move(info)), app.infoFormat);
+    if (app.payloadBytes > 0) {
+        write(bundle + "/Contents/Resources/payload.bin", std::string(app.payloadBytes, 'x'));
     }
     return bundle;
 }
@@ -128,11 +128,11 @@ std::string FakeVolume::setFirewall(std::int64_t globalstate) {
 
 std::string FakeVolume::addAppBundle(std::string_view folder, std::string_view name,
                                      std::string_view bundleId) {
-    AppSpec spec;
-    spec.folder = folder;
-    spec.name = name;
-    spec.bundleId = bundleId;
-    return addApp(spec);
+    AppSpec app;
+    app.folder = folder;
+    app.name = name;
+    app.bundleId = bundleId;
+    return addApp(app);
 }
 
 std::string FakeVolume::addCrashReportWithLine(std::string_view fileName,

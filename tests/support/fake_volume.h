@@ -68,7 +68,7 @@ class FakeVolume {
     std::string copyIn(const std::string& hostFolder, std::string_view volumeFolder);
 
     // An application bundle with its Info.plist; returns the bundle's volume path.
-    std::string addApp(const AppSpec& spec);
+    std::string addApp(const AppSpec& app);
     // A launchd job file holding {"Label": label, "ProgramArguments": [...]}.
     std::string addLaunchJob(std::string_view folder, std::string_view fileName,
                              std::string_view label);
