@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/metadata.h"
+#include "platform/path.h"
 #include "support/fake_volume.h"
 #include "support/macho_builder.h"
 #include "tools/na_tools.h"
@@ -37,17 +38,18 @@ std::string readData(const std::string& relative) {
 class AppInformationTest : public ::testing::Test {
   protected:
     std::string app(const std::string& name) {
-        testing::AppSpec spec;
-        spec.name = name;
-        return vol_.addApp(spec);
+        testing::AppSpec layout;
+        layout.name = name;
+        return vol_.addApp(layout);
     }
 
-    // A bundle whose main executable is signed with these entitlements.
-    std::string signedApp(const std::string& name, plist::Dictionary entitlements) {
-        std::string bundle = app(name);
+    // Signs the bundle's main executable (named like the bundle) with these entitlements.
+    std::string sign(const std::string& bundle, plist::Dictionary entitlements) {
         testing::MachOSpec macho;
         macho.entitlements = std::move(entitlements);
-        testing::writeBundleExecutable(vol_.host(bundle), name, testing::buildMachO(macho));
+        testing::writeBundleExecutable(vol_.host(bundle),
+                                       path::deletingPathExtension(path::lastPathComponent(bundle)),
+                                       testing::buildMachO(macho));
         return bundle;
     }
 
@@ -61,14 +63,14 @@ class AppInformationTest : public ::testing::Test {
 };
 
 TEST_F(AppInformationTest, FactRowsInOrderWithTheBundleSizeOnTheSizeRow) {
-    testing::AppSpec spec;
-    spec.name = "Editor";
-    spec.version = "4.2";
-    spec.minimumSystem = "10.13";
-    spec.copyright = "© 2020 Someone";
-    spec.developmentRegion = "de";
-    spec.payloadBytes = 50'000;
-    const std::string bundle = vol_.addApp(spec);
+    testing::AppSpec layout;
+    layout.name = "Editor";
+    layout.version = "4.2";
+    layout.minimumSystem = "10.13";
+    layout.copyright = "© 2020 Someone";
+    layout.developmentRegion = "de";
+    layout.payloadBytes = 50'000;
+    const std::string bundle = vol_.addApp(layout);
     const std::int64_t size = sizeAtPath(bundle, 1);
 
     NAAppInformation info(bundle);
@@ -108,10 +110,10 @@ TEST_F(AppInformationTest, MissingKeysGiveDefaultVersionsOrNoRow) {
 }
 
 TEST_F(AppInformationTest, SizeComesFromTheMetadataIndexUnlessItSaysZero) {
-    testing::AppSpec spec;
-    spec.name = "Indexed";
-    spec.payloadBytes = 9000;
-    const std::string bundle = vol_.addApp(spec);
+    testing::AppSpec layout;
+    layout.name = "Indexed";
+    layout.payloadBytes = 9000;
+    const std::string bundle = vol_.addApp(layout);
     std::int64_t indexed = 0;
     MetadataProvider previous = setMetadataProvider([&](std::string_view p) {
         return MetadataItem{std::nullopt, std::string(p), indexed, std::nullopt};
@@ -134,7 +136,7 @@ TEST_F(AppInformationTest, SandboxRowThenEveryPresentEntitlementInTableOrder) {
     sandboxed.set("com.apple.security.assets.movies.read-only", true);
     sandboxed.set("com.apple.security.app-sandbox", true);
     sandboxed.set("com.example.unknown", true);
-    NAAppInformation info(signedApp("Boxed", sandboxed));
+    NAAppInformation info(sign(app("Boxed"), sandboxed));
     bool failed = false;
     Rows rows = rowsOf(*info.convertToGroup(&failed));
     EXPECT_TRUE(info.app_enable_sandbox());
@@ -148,39 +150,24 @@ TEST_F(AppInformationTest, SandboxRowThenEveryPresentEntitlementInTableOrder) {
 
     plist::Dictionary open;
     open.set("com.apple.security.network.client", true);
-    rows = rowsFor(signedApp("Open", open));
+    rows = rowsFor(sign(app("Open"), open));
     EXPECT_EQ(Rows(rows.begin() + 3, rows.end()),
               (Rows{{"Application Sandbox", kDisabled},
                     {"Network Access", "Application is allowed to access the network"}}));
 
     plist::Dictionary off;
     off.set("com.apple.security.app-sandbox", false);
-    EXPECT_EQ(rowsFor(signedApp("Off", off)).back(), Row("Application Sandbox", kDisabled));
-}
-
-TEST_F(AppInformationTest, UnsignedExecutableGivesOneDisabledRow) {
-    const std::string bundle = app("Plain");
-    testing::MachOSpec macho;
-    macho.codeSignature = false;
-    testing::writeBundleExecutable(vol_.host(bundle), "Plain", testing::buildMachO(macho));
-    Rows rows = rowsFor(bundle);
-    EXPECT_EQ(std::count(rows.begin(), rows.end(), Row("Application Sandbox", kDisabled)), 1);
-    EXPECT_EQ(rows.back().first, "Application Sandbox");
+    EXPECT_EQ(rowsFor(sign(app("Off"), off)).back(), Row("Application Sandbox", kDisabled));
 }
 
 TEST_F(AppInformationTest, NamelessOrMissingBundleFailsButKeepsTheEntitlementRows) {
-    testing::AppSpec spec;
-    spec.name = "Nameless";
-    spec.omitBundleName = true;
-    spec.version = "3";
-    const std::string nameless = vol_.addApp(spec);
+    testing::AppSpec layout;
+    layout.name = "Nameless";
+    layout.omitBundleName = true;
+    layout.version = "3";
     plist::Dictionary camera;
     camera.set("com.apple.security.device.camera", true);
-    testing::MachOSpec macho;
-    macho.entitlements = camera;
-    testing::writeBundleExecutable(vol_.host(nameless), "Nameless", testing::buildMachO(macho));
-
-    NAAppInformation info(nameless);
+    NAAppInformation info(sign(vol_.addApp(layout), camera));
     EXPECT_FALSE(info.getInformationSuccess());
     EXPECT_EQ(info.app_version(), "v3");  // read all the same
     bool failed = false;

@@ -20,11 +20,11 @@ class AppListingTest : public ::testing::Test {
   protected:
     std::string app(const std::string& name, const std::string& folder = "/Applications",
                     bool named = true) {
-        testing::AppSpec spec;
-        spec.folder = folder;
-        spec.name = name;
-        spec.omitBundleName = !named;
-        return vol_.addApp(spec);
+        testing::AppSpec layout;
+        layout.folder = folder;
+        layout.name = name;
+        layout.omitBundleName = !named;
+        return vol_.addApp(layout);
     }
 
     std::vector<std::string> list() {
