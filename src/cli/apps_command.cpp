@@ -7,6 +7,7 @@
 // path, "checked" the group's mark, "size" the group's byte total (the size row carries the
 // bundle's bytes, the other rows none). Items are the information rows in order, each with its
 // own byte count.
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <memory>
