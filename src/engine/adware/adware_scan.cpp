@@ -1,6 +1,5 @@
 #include "adware/adware_scan.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,6 +16,7 @@
 #include "platform/uti.h"
 #include "platform/volume.h"
 #include "platform/walker.h"
+#include "tools/na_tools.h"
 
 namespace sysmend {
 namespace {
@@ -186,29 +186,11 @@ bool AdwareScan::walkFolder1(const std::string& folder, const PathBlock& compare
 }
 
 bool AdwareScan::isAlias(std::string_view volumePath) {
-    if (volumePath.empty())
-        return false;
-    const std::string host = Volume::current().hostPath(volumePath);
-    struct stat st {};
-    if (::lstat(host.c_str(), &st) != 0)
-        return false;
-    if (S_ISLNK(st.st_mode))
-        return true;
-    if (!S_ISREG(st.st_mode))
-        return false;
-    const int fd = ::open(host.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-    if (fd < 0)
-        return false;
-    std::array<char, 4> magic{};
-    const bool isBookmark = ::read(fd, magic.data(), magic.size()) == 4 &&
-                            std::string_view(magic.data(), magic.size()) == "book";
-    ::close(fd);
-    return isBookmark;
+    return isAliasFile(volumePath);
 }
 
 bool AdwareScan::isAppFile(std::string_view path) {
-    return uti::conformsTo(uti::preferredIdentifierForExtension(path::pathExtension(path)),
-                           uti::kApplicationBundle);
+    return isApplicationBundleName(path);
 }
 
 std::string AdwareScan::timeFromInterval(double seconds) {

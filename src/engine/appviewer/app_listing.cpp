@@ -1,12 +1,10 @@
 #include "appviewer/app_listing.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <condition_variable>
-#include <cstring>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -18,20 +16,10 @@
 #include "platform/uti.h"
 #include "platform/volume.h"
 #include "platform/walker.h"
+#include "tools/na_tools.h"
 
 namespace sysmend {
 namespace {
-
-// A Finder alias file holds bookmark data that starts "book", four bytes, "mark".
-bool holdsAliasData(const std::string& hostPath) {
-    int fd = ::open(hostPath.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
-    if (fd < 0)
-        return false;
-    char head[12];
-    const bool whole = ::read(fd, head, sizeof head) == static_cast<ssize_t>(sizeof head);
-    ::close(fd);
-    return whole && std::memcmp(head, "book", 4) == 0 && std::memcmp(head + 8, "mark", 4) == 0;
-}
 
 std::vector<std::string> collectWalk(std::string_view folder) {
     std::vector<std::string> paths;
@@ -146,20 +134,11 @@ void AppListing::updateProgress(float fraction) const {
 }
 
 bool AppListing::isAppFile(std::string_view volumePath) {
-    const std::string type = uti::preferredIdentifierForExtension(path::pathExtension(volumePath));
-    return uti::conformsTo(type, uti::kApplicationBundle);
+    return isApplicationBundleName(volumePath);
 }
 
 bool AppListing::isAlias(std::string_view volumePath) {
-    if (volumePath.empty())
-        return false;
-    const std::string host = Volume::current().hostPath(volumePath);
-    struct stat st {};
-    if (::lstat(host.c_str(), &st) != 0)
-        return false;
-    if (S_ISLNK(st.st_mode))
-        return true;
-    return S_ISREG(st.st_mode) && holdsAliasData(host);
+    return isAliasFile(volumePath);
 }
 
 std::string appPathOfGroup(const NAGroupObj& group) {

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -219,6 +220,31 @@ bool isFolder(std::optional<std::string_view> volumePath, std::string_view type)
 
 std::string stringFromInt(int value) {
     return std::to_string(value);
+}
+
+bool isAliasFile(std::string_view volumePath) {
+    if (volumePath.empty())
+        return false;
+    const std::string host = Volume::current().hostPath(volumePath);
+    struct stat st {};
+    if (::lstat(host.c_str(), &st) != 0)
+        return false;
+    if (S_ISLNK(st.st_mode))
+        return true;
+    if (!S_ISREG(st.st_mode))
+        return false;
+    const int fd = ::open(host.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0)
+        return false;
+    char head[12];
+    const bool whole = ::read(fd, head, sizeof head) == static_cast<ssize_t>(sizeof head);
+    ::close(fd);
+    return whole && std::memcmp(head, "book", 4) == 0 && std::memcmp(head + 8, "mark", 4) == 0;
+}
+
+bool isApplicationBundleName(std::string_view path) {
+    return uti::conformsTo(uti::preferredIdentifierForExtension(path::pathExtension(path)),
+                           uti::kApplicationBundle);
 }
 
 }  // namespace sysmend

@@ -50,6 +50,15 @@ bool isArchiveFile(std::optional<std::string_view> volumePath, std::string_view 
 bool isMailBox(std::optional<std::string_view> volumePath, std::string_view type = {});
 bool isFolder(std::optional<std::string_view> volumePath, std::string_view type = {});
 
+// Whether the path is a Finder alias: a symbolic link, or a regular file holding alias
+// (bookmark) data, which starts "book" .... "mark". Linux keeps no alias flag; these are the
+// files macOS sets it for. False when the path cannot be read.
+bool isAliasFile(std::string_view volumePath);
+
+// Whether the path's extension maps to a type that conforms to the application-bundle type.
+// Only the name counts; the disk is not read.
+bool isApplicationBundleName(std::string_view path);
+
 // "%d" of the value.
 std::string stringFromInt(int value);
 
