@@ -193,7 +193,7 @@ TEST_F(AppInformationTest, NamelessOrMissingBundleFailsButKeepsTheEntitlementRow
 }
 
 TEST_F(AppInformationTest, RealInfoPlists) {
-    const std::string lulu = readData("infoplist/LuLu.app/Contents/Info.plist");
+    const std::string lulu = readData("plist/infoplist/LuLu.app/Contents/Info.plist");
     const Rows expected{{"LuLu", "v0.9.0"},
                         {"Application Size", ""},
                         {"Copyright", "Copyright © 2017 Objective-See. All rights reserved."},
@@ -215,7 +215,7 @@ TEST_F(AppInformationTest, RealInfoPlists) {
 
     // Photo Booth's has no CFBundleName.
     vol_.write("/Applications/Photo Booth.app/Contents/Info.plist",
-               readData("infoplist/test_info.plist"));
+               readData("plist/infoplist/test_info.plist"));
     NAAppInformation booth("/Applications/Photo Booth.app");
     EXPECT_FALSE(booth.getInformationSuccess());
     EXPECT_EQ(booth.app_version(), "v517");

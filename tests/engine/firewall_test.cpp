@@ -41,7 +41,7 @@ TEST(FirewallStatusTest, ReadsTheVolumesFileInEitherFormatThroughLinks) {
     EXPECT_TRUE(getFirewallStatus());
 
     // Real files, reached through a link whose target is a path on the volume.
-    vol.copyIn(SYSMEND_TEST_DATA "/alf", "/Library/Shared");
+    vol.copyIn(SYSMEND_TEST_DATA "/plist/alf", "/Library/Shared");
     std::filesystem::remove(vol.host(std::string(kFirewallPreferencesPath)));
     vol.symlink(std::string(kFirewallPreferencesPath), "/Library/Shared/test_alf.plist");
     EXPECT_FALSE(getFirewallStatus());  // XML, globalstate 0

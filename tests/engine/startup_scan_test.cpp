@@ -108,7 +108,7 @@ TEST_F(StartupScanTest, FiveFoldersInTheirOrderPerUserDaemonsLast) {
 }
 
 TEST_F(StartupScanTest, RealJobFilesEachNamingAnAppGiveTheirOwnGroup) {
-    vol_.copyIn(SYSMEND_TEST_DATA "/launchd", "/Library/LaunchDaemons");
+    vol_.copyIn(SYSMEND_TEST_DATA "/plist/launchd", "/Library/LaunchDaemons");
     vol_.addAppBundle("/Applications", "LuLu", "com.objective-see.lulu");
     vol_.addAppBundle("/Applications", "osqueryd", "io.osquery.agent");
     vol_.addAppBundle("/System/Applications", "Responder", "com.apple.mDNSResponder");
