@@ -31,8 +31,7 @@ int runSize(Invocation& inv) {
             inv.err << "sysmend-cli: size: no such file or folder: " << p << "\n";
             status = 1;
         }
-        std::int64_t allocated = sizeAtPath(p, 1);
-        std::int64_t logical = sizeAtPath(p, 0);
+        const auto [allocated, logical] = sizesAtPath(p);
         std::string text = recal_size(allocated);
         if (inv.options.json) {
             paths.push_back(

@@ -6,9 +6,12 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <mutex>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -32,79 +35,102 @@ std::int64_t sizeFromStatus(const struct stat& st, bool allocated) {
 
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-// The top folders of a branch, up to this many, stay open while their sub-folders are summed,
-// so that those are opened relative to them; deeper ones are closed after reading and their
-// sub-folders opened by path. A deep tree thus never holds more descriptors than this (a GUI
-// app on macOS gets 256).
-constexpr std::size_t kMaxOpenFolders = 64;
-
 bool isDotOrDotDot(const char* name) {
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
-// Sums the sizes of everything below the folder open at `fd` (which it closes). Folders add
-// nothing themselves; links are measured as links. Unreadable folders and entries that vanish
-// add nothing.
-std::int64_t sumBelow(int fd, std::string hostPath, bool allocated) {
-    struct Frame {
-        DIR* dir;  // null once closed for depth
-        std::string path;
-        std::vector<std::string> subfolders;
-    };
-    std::vector<Frame> stack;
-    std::int64_t total = 0;
+// Sums everything below a folder, both ways at once: folders add nothing themselves, links
+// are measured as links, unreadable folders and entries that vanish add nothing.
+//
+// Sums do not depend on the order, so the walk is shared: folders waiting to be read sit on
+// one stack, and the calling thread reads them depth first. Once the tree has shown itself
+// large, a second thread joins and takes folders from the same stack. Each thread holds one
+// open folder at a time (opened by path with O_NOFOLLOW, so a folder swapped for a link is not
+// entered) and the stack holds only the frontier of the walk, never the whole tree.
+class TreeSum {
+  public:
+    SizePair run(std::string hostPath) {
+        pending_.push_back(std::move(hostPath));
+        SizePair mine = work();
+        if (helper_.joinable())
+            helper_.join();
+        return {mine.allocated + helperTotals_.allocated, mine.logical + helperTotals_.logical};
+    }
 
-    auto read = [&](int folderFd, std::string path) {
-        DIR* dir = ::fdopendir(folderFd);
+  private:
+    // Folders read before a second thread is worth starting.
+    static constexpr int kFoldersBeforeHelper = 64;
+
+    SizePair work() {
+        SizePair totals;
+        std::vector<std::string> found;
+        for (;;) {
+            std::string folder;
+            {
+                std::unique_lock lock(mutex_);
+                wake_.wait(lock, [&] { return !pending_.empty() || busy_ == 0; });
+                if (pending_.empty())
+                    break;
+                folder = std::move(pending_.back());
+                pending_.pop_back();
+                ++busy_;
+            }
+            found.clear();
+            readFolder(folder, totals, found);
+            {
+                std::lock_guard lock(mutex_);
+                for (std::string& sub : found)
+                    pending_.push_back(std::move(sub));
+                --busy_;
+                if (++foldersRead_ == kFoldersBeforeHelper && !helper_.joinable()) {
+                    helper_ = std::thread([this] { helperTotals_ = work(); });
+                }
+            }
+            wake_.notify_all();
+        }
+        wake_.notify_all();
+        return totals;
+    }
+
+    static void readFolder(const std::string& folder, SizePair& totals,
+                           std::vector<std::string>& subfolders) {
+        const int fd = ::open(folder.c_str(), kFolderFlags);
+        if (fd < 0)
+            return;
+        DIR* dir = ::fdopendir(fd);
         if (dir == nullptr) {
-            ::close(folderFd);
+            ::close(fd);
             return;
         }
-        Frame frame{dir, std::move(path), {}};
         while (const dirent* e = ::readdir(dir)) {
             if (isDotOrDotDot(e->d_name))
                 continue;
             // A folder adds nothing, so the listing's type spares its status.
             if (e->d_type == DT_DIR) {
-                frame.subfolders.emplace_back(e->d_name);
+                subfolders.push_back(folder + '/' + e->d_name);
                 continue;
             }
             struct stat st {};
-            if (::fstatat(folderFd, e->d_name, &st, AT_SYMLINK_NOFOLLOW) != 0)
+            if (::fstatat(fd, e->d_name, &st, AT_SYMLINK_NOFOLLOW) != 0)
                 continue;
             if (S_ISDIR(st.st_mode)) {
-                frame.subfolders.emplace_back(e->d_name);
+                subfolders.push_back(folder + '/' + e->d_name);
             } else {
-                total += sizeFromStatus(st, allocated);
+                totals.allocated += sizeFromStatus(st, true);
+                totals.logical += sizeFromStatus(st, false);
             }
         }
-        if (frame.subfolders.empty() || stack.size() >= kMaxOpenFolders) {
-            ::closedir(dir);
-            frame.dir = nullptr;
-        }
-        if (!frame.subfolders.empty())
-            stack.push_back(std::move(frame));
-    };
-
-    read(fd, std::move(hostPath));
-    while (!stack.empty()) {
-        Frame& top = stack.back();
-        if (top.subfolders.empty()) {
-            if (top.dir != nullptr)
-                ::closedir(top.dir);
-            stack.pop_back();
-            continue;
-        }
-        std::string name = std::move(top.subfolders.back());
-        top.subfolders.pop_back();
-        std::string childPath = top.path + '/' + name;
-        int child = top.dir != nullptr ? ::openat(::dirfd(top.dir), name.c_str(), kFolderFlags)
-                                       : ::open(childPath.c_str(), kFolderFlags);
-        if (child >= 0)
-            read(child, std::move(childPath));
+        ::closedir(dir);
     }
-    return total;
-}
+
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    std::vector<std::string> pending_;
+    int busy_ = 0;
+    int foldersRead_ = 0;
+    std::thread helper_;
+    SizePair helperTotals_;
+};
 
 std::string typeForKindTest(std::optional<std::string_view> volumePath, std::string_view type) {
     return volumePath ? fileType(*volumePath) : std::string(type);
@@ -147,18 +173,19 @@ std::string recal_size1024(std::int64_t size) {
     return "0 KB";
 }
 
-std::int64_t sizeAtPath(std::string_view volumePath, int option) {
-    const bool allocated = option != 0;
+SizePair sizesAtPath(std::string_view volumePath) {
     std::string host = Volume::current().hostPath(volumePath);
     struct stat st {};
     if (::lstat(host.c_str(), &st) != 0)
-        return 0;
+        return {};
     if (!S_ISDIR(st.st_mode))
-        return sizeFromStatus(st, allocated);
-    int fd = ::open(host.c_str(), kFolderFlags);
-    if (fd < 0)
-        return 0;
-    return sumBelow(fd, std::move(host), allocated);
+        return {sizeFromStatus(st, true), sizeFromStatus(st, false)};
+    return TreeSum().run(std::move(host));
+}
+
+std::int64_t sizeAtPath(std::string_view volumePath, int option) {
+    const SizePair sizes = sizesAtPath(volumePath);
+    return option != 0 ? sizes.allocated : sizes.logical;
 }
 
 std::int64_t fileSize(std::string_view volumePath) {

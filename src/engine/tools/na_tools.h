@@ -27,6 +27,14 @@ std::string recal_size1024(std::int64_t size);
 // folders add nothing. Any thread may call it.
 std::int64_t sizeAtPath(std::string_view volumePath, int option);
 
+// Both sums of sizeAtPath from one walk (allocated = option 1, logical = option 0). Large
+// trees are walked by two threads.
+struct SizePair {
+    std::int64_t allocated = 0;
+    std::int64_t logical = 0;
+};
+SizePair sizesAtPath(std::string_view volumePath);
+
 // Logical size from lstat; 0 when the status cannot be read.
 std::int64_t fileSize(std::string_view volumePath);
 
