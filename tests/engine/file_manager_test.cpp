@@ -8,13 +8,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "platform/volume.h"
 
@@ -270,6 +273,43 @@ TEST_F(RemovePathTest, DeepTreeIsRemovedWithinTheDescriptorLimit) {
     // The tree is too deep for std::filesystem to clean up after a failure.
     if (exists(host("/Users/u/deep")))
         removePath("/Users/u/deep");
+}
+
+// A real race rather than a staged one: while removals run, another thread keeps swapping a
+// folder inside the target for a link to an outside folder and back. Whatever interleaving
+// happens, nothing outside may ever go. Bounded to a couple of seconds.
+TEST_F(RemovePathTest, ConcurrentSwapsForLinksNeverReachOutside) {
+    for (int i = 0; i < 50; ++i)
+        makeFile(outside("/keep" + std::to_string(i)));
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    int rounds = 0;
+    while (std::chrono::steady_clock::now() < deadline) {
+        const std::string target = host("/Users/u/t");
+        for (int i = 0; i < 20; ++i)
+            makeFile(target + "/a/b" + std::to_string(i) + "/f");
+        std::atomic<bool> done{false};
+        std::thread swapper([&] {
+            const std::string folder = target + "/a";
+            const std::string parked = target + "/parked";
+            while (!done) {
+                if (::rename(folder.c_str(), parked.c_str()) == 0) {
+                    ::symlink(outside().c_str(), folder.c_str());
+                    ::unlink(folder.c_str());
+                    ::rename(parked.c_str(), folder.c_str());
+                }
+            }
+        });
+        removePath("/Users/u/t");
+        done = true;
+        swapper.join();
+        // Clean up whatever the race left, without following anything.
+        if (exists(target))
+            removePath("/Users/u/t");
+        for (int i = 0; i < 50; ++i)
+            ASSERT_TRUE(exists(outside("/keep" + std::to_string(i)))) << "round " << rounds;
+        ++rounds;
+    }
+    EXPECT_GT(rounds, 0);
 }
 
 }  // namespace
