@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "adware/adware_scan.h"
+#include "recording_reporter.h"
 #include "support/fake_volume.h"
 
 namespace {
@@ -117,30 +118,6 @@ BENCHMARK(BM_applicationWalk)
     ->MeasureProcessCPUTime()
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_find)->UseRealTime()->Unit(benchmark::kMillisecond);
-
-// Prints as usual and keeps each benchmark's wall and processor milliseconds per run.
-class RecordingReporter : public benchmark::ConsoleReporter {
-  public:
-    struct Times {
-        double wall = 0;
-        double cpu = 0;
-    };
-
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs) {
-            if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "median")
-                continue;
-            Times& t = times[run.run_name.function_name];
-            t.wall = run.GetAdjustedRealTime();
-            auto child = run.counters.find("child_cpu");
-            t.cpu =
-                child != run.counters.end() ? child->second.value * 1e3 : run.GetAdjustedCPUTime();
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-
-    std::map<std::string, Times> times;
-};
 
 }  // namespace
 

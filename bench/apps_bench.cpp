@@ -27,6 +27,7 @@
 #include "appviewer/app_listing.h"
 #include "platform/plist.h"
 #include "platform/volume.h"
+#include "recording_reporter.h"
 
 namespace {
 
@@ -130,31 +131,6 @@ void BM_du(benchmark::State& state) {
 // Processor time of the whole process, the listing's worker threads included.
 BENCHMARK(BM_loadAllApps)->MeasureProcessCPUTime()->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_du)->UseRealTime()->Unit(benchmark::kMillisecond);
-
-// Prints as usual and keeps each benchmark's wall and processor milliseconds per run (the
-// median when there are repetitions) for the summary.
-class RecordingReporter : public benchmark::ConsoleReporter {
-  public:
-    struct Times {
-        double wall = 0;
-        double cpu = 0;
-    };
-
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs) {
-            if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "median")
-                continue;
-            Times& t = times[run.run_name.function_name];
-            t.wall = run.GetAdjustedRealTime();
-            auto child = run.counters.find("child_cpu");
-            t.cpu =
-                child != run.counters.end() ? child->second.value * 1e3 : run.GetAdjustedCPUTime();
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-
-    std::map<std::string, Times> times;
-};
 
 long numberOption(const std::string& arg, const std::string& name, long current) {
     return arg.rfind(name, 0) == 0 ? std::stol(arg.substr(name.size())) : current;
