@@ -170,9 +170,7 @@ int runAdware(Invocation& inv) {
 }
 
 const CommandRegistrar kAdware(
-    {"adware",
-     "adware [--signatures FILE] [--remove]   scan for adware; --remove deletes the findings "
-     "(removed/failed: the findings' paths only)",
+    {"adware", "adware [--signatures FILE] [--remove]  known adware by threat; --remove deletes it",
      &runAdware});
 
 }  // namespace

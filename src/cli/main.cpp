@@ -1,5 +1,6 @@
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -24,8 +25,24 @@ void printUsage(std::ostream& os) {
           "               (default: $SYSMEND_HOME, else the current user's home)\n"
           "  --json       print one JSON document instead of a table\n\n"
           "commands:\n";
-    for (const Command& c : registry())
-        os << "  " << c.synopsis << "\n";
+    // Each synopsis is "usage  description"; line the descriptions up, commands by name.
+    std::vector<Command> sorted = registry();
+    std::sort(sorted.begin(), sorted.end(),
+              [](const Command& a, const Command& b) { return a.name < b.name; });
+    auto split = [](std::string_view synopsis) {
+        const auto gap = synopsis.find("  ");
+        const std::string_view usage = synopsis.substr(0, gap);
+        std::string_view text = gap == std::string_view::npos ? "" : synopsis.substr(gap);
+        text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+        return std::pair{usage, text};
+    };
+    std::size_t width = 0;
+    for (const Command& c : sorted)
+        width = std::max(width, split(c.synopsis).first.size());
+    for (const Command& c : sorted) {
+        const auto [usage, text] = split(c.synopsis);
+        os << "  " << usage << std::string(width - usage.size() + 2, ' ') << text << "\n";
+    }
 }
 
 bool isDirectory(const std::string& p) {
