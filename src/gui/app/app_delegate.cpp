@@ -7,8 +7,16 @@
 #include <QTimer>
 #include <array>
 
-#include "app/na_placeholder_pvc.h"
+#include "adware/na_adware_removal_pvc.h"
+#include "adware/na_groups_hvc.h"
+#include "appviewer/na_app_view_hvc.h"
+#include "appviewer/na_app_view_pvc.h"
+#include "crashes/na_crashes_remover_pvc.h"
+#include "network/na_arp_cache_pvc.h"
+#include "network/na_firewall_pvc.h"
 #include "settings/user_defaults.h"
+#include "startup/na_start_items_hvc.h"
+#include "startup/na_startup_items_pvc.h"
 #include "ui/na_cell_base_view.h"
 #include "ui/na_table_row_view.h"
 #include "ui/named_image.h"
@@ -37,23 +45,22 @@ struct ToolPages {
     std::unique_ptr<NARootHVC> (*makeHVC)();
 };
 
-std::unique_ptr<NARootPVC> placeholderStartPage() {
-    return std::make_unique<NAPlaceholderPVC>(true);
+template <class Page>
+std::unique_ptr<NARootPVC> startPage() {
+    return std::make_unique<Page>();
 }
-std::unique_ptr<NARootPVC> emptyStartPage() {
-    return std::make_unique<NAPlaceholderPVC>(false);
-}
-std::unique_ptr<NARootHVC> emptyResultPage() {
-    return std::make_unique<NARootHVC>();
+template <class Page>
+std::unique_ptr<NARootHVC> resultPage() {
+    return std::make_unique<Page>();
 }
 
 constexpr std::array<ToolPages, 6> kToolPages{{
-    {2, placeholderStartPage, emptyResultPage},  // Crashes
-    {1, placeholderStartPage, nullptr},          // ARP Cache
-    {0, emptyStartPage, emptyResultPage},        // App Viewer
-    {6, placeholderStartPage, emptyResultPage},  // Startup Items
-    {4, placeholderStartPage, nullptr},          // Firewall
-    {3, emptyStartPage, emptyResultPage},        // Vexbane
+    {2, startPage<NACrashesRemoverPVC>, resultPage<NAGroupsHVC>},    // Crashes
+    {1, startPage<NAARPCachePVC>, nullptr},                          // ARP Cache
+    {0, startPage<NAAppViewPVC>, resultPage<NAAppViewHVC>},          // App Viewer
+    {6, startPage<NAStartupItemsPVC>, resultPage<NAStartItemsHVC>},  // Startup Items
+    {4, startPage<NAFirewallPVC>, nullptr},                          // Firewall
+    {3, startPage<NAAdwareRemovalPVC>, resultPage<NAGroupsHVC>},     // Vexbane
 }};
 
 const ToolPages* toolPages(std::int64_t categoryType) {
