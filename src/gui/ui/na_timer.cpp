@@ -1,5 +1,7 @@
 #include "ui/na_timer.h"
 
+#include <QVariant>
+
 namespace sysmend {
 
 namespace {
