@@ -150,7 +150,9 @@ void NAProgressPanel2VC::loadWindow() {
         layout->addLayout(column, 1);
     }
     setScan_path(kPleaseWait);
-    const QIcon icon = QApplication::windowIcon();
+    QIcon icon = QApplication::windowIcon();
+    if (icon.isNull())
+        icon = QIcon(QStringLiteral(":/icons/sysmend.svg"));
     imageView->setPixmap(icon.pixmap(QSize(64, 64), devicePixelRatioF()));
 }
 
