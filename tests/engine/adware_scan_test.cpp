@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -43,6 +44,8 @@ class AdwareScanTest : public ::testing::Test {
 
     AdwareScan& run(const plist::Array& threats) {
         scan_ = std::make_unique<AdwareScan>(plist::Value(threats), category_);
+        if (outsideStop_)
+            scan_->useStopFlag(*outsideStop_);
         scan_->setProgress([this](const std::string& path, std::int64_t, std::int64_t found) {
             visits_.push_back({path, found > lastThreats_});
             lastThreats_ = found;
@@ -94,6 +97,7 @@ class AdwareScanTest : public ::testing::Test {
     std::vector<Visit> visits_;
     std::int64_t lastThreats_ = 0;
     std::function<void(const std::string&)> onVisit_;
+    std::atomic<bool>* outsideStop_ = nullptr;
     LogCapture log_;
 };
 
@@ -269,6 +273,26 @@ TEST_F(AdwareScanTest, StopEndsTheScanButKeepsTheFindingsSoFar) {
     EXPECT_THAT(category_->groups(), IsEmpty());
     scan_->analysisAdware();
     EXPECT_EQ(scan_->treats().size(), 5u);  // both apps, Safari, Chrome, Firefox
+}
+
+TEST_F(AdwareScanTest, AStopFlagGivenFromOutsideStopsTheScanWithoutTheScanObject) {
+    const std::string first = addApp("/Applications", "A");
+    addApp("/Applications", "B");
+    std::atomic<bool> pageStop{true};  // left raised by an earlier run: initargs clears it
+    outsideStop_ = &pageStop;
+    onVisit_ = [&](const std::string& path) {
+        if (path == first)
+            pageStop = true;
+    };
+
+    run({threat("A", {{"app", {"A.app", "B.app"}}})});
+
+    EXPECT_THAT(findings(), ElementsAre("A: " + first));
+    EXPECT_TRUE(scan_->stop());
+    scan_->initargs();
+    EXPECT_FALSE(pageStop);
+    scan_->setStop(true);
+    EXPECT_TRUE(pageStop);
 }
 
 TEST_F(AdwareScanTest, WalkHandsFoldersAfterTheirContents) {

@@ -96,7 +96,7 @@ void AdwareScan::initargs() {
     if (std::shared_ptr<NACategoryObj> category = category_.lock())
         category->groups().clear();
     treats_.clear();
-    stop_ = false;
+    *stopFlag_ = false;
     scanningFile_ = Volume::current().home();
 }
 
@@ -149,7 +149,7 @@ bool AdwareScan::walkFolder0(const std::string& folder, const PathBlock& compare
         if (isFolderEntry(entry))
             walkFolder0(full, compare);
         compare(full);
-        if (stop_)
+        if (*stopFlag_)
             return true;
     }
     return false;
@@ -179,7 +179,7 @@ bool AdwareScan::walkFolder1(const std::string& folder, const PathBlock& compare
         } else if (isAppFile(entry.name)) {
             compare(path::appending(folder, entry.name));
         }
-        if (stop_)
+        if (*stopFlag_)
             return true;
     }
     return false;
@@ -225,7 +225,7 @@ bool AdwareScan::matchCandidate(std::string_view listKey, const std::string& fin
                 treats_.push_back(std::move(treat));
                 return true;
             }
-            if (stop_)
+            if (*stopFlag_)
                 return false;
         }
     }
@@ -321,7 +321,7 @@ void AdwareScan::scanPaths() {
                 found = true;
             }
             scanningPath(name, found);
-            if (stop_)
+            if (*stopFlag_)
                 return;
         }
     }
@@ -341,7 +341,7 @@ void AdwareScan::scanApplications() {
 // Pass 6: Safari extensions, matched by the path of their extension item; every item of the
 // walk is counted.
 void AdwareScan::scanSafariExtensions() {
-    analysisSafariExtentsions(stop_, [this](const std::string& candidate) {
+    analysisSafariExtentsions(*stopFlag_, [this](const std::string& candidate) {
         bool found = false;
         if (isSafarExtensions(candidate)) {
             const std::string extension = extensionPath(candidate);
@@ -381,18 +381,18 @@ void AdwareScan::scanChromiumExtensions(bool isChrome) {
         TreatArray records;
         if (path::lowercased(path::lastPathComponent(candidate)) == "extensions" &&
             isDir(candidate))
-            records = foundExtentsionWithExtentsionPaths(candidate, isChrome, stop_);
+            records = foundExtentsionWithExtentsionPaths(candidate, isChrome, *stopFlag_);
         scanExtensionRecords(records, candidate);
     };
     if (isChrome)
-        analysisChromeExtentsions(stop_, block);
+        analysisChromeExtentsions(*stopFlag_, block);
     else
-        analysisOperaExtentsions(stop_, block);
+        analysisOperaExtentsions(*stopFlag_, block);
 }
 
 // Pass 9: the add-ons of each Firefox profile's extensions.json, by name.
 void AdwareScan::scanFirefoxExtensions() {
-    analysisFirefoxExtentsions(stop_, [this](const std::string& candidate) {
+    analysisFirefoxExtentsions(*stopFlag_, [this](const std::string& candidate) {
         scanExtensionRecords(foundExtentsionWithExtentsionPaths(candidate), candidate);
     });
 }

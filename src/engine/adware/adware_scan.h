@@ -11,7 +11,8 @@
 // scan runs; the GUI thread looks at them only after analysisAdware has returned (the GUI
 // ends the progress sheet from the scan's completion, and shows the result page from the
 // sheet's end), and in between only through the copies the progress callback hands over.
-// The stop flag is the one thing another thread may touch during a scan.
+// The stop flag is the one thing another thread may touch during a scan: the scan's own, or
+// one it was given with useStopFlag (the start page's, raised by the sheet's Stop button).
 #pragma once
 
 #include <atomic>
@@ -43,6 +44,11 @@ class AdwareScan {
     AdwareScan(plist::Value adwares, std::weak_ptr<NACategoryObj> category);
 
     void setProgress(Progress progress) { progress_ = std::move(progress); }
+
+    // Makes the scan test `flag` instead of a flag of its own, so that whoever owns `flag`
+    // stops the scan by raising it, without going through this object. stop, setStop and
+    // initargs then act on `flag`, which must outlive every later use of this object.
+    void useStopFlag(std::atomic<bool>& flag) { stopFlag_ = &flag; }
 
     // Before each scan: counters 0, timeelapsed "00:10:00" (what the sheet shows before its
     // first tick), the category's groups and treats emptied, stop cleared, scanningFile the
@@ -102,9 +108,9 @@ class AdwareScan {
     const std::string& timeelapsed() const { return timeelapsed_; }
     void setTimeelapsed(std::string text) { timeelapsed_ = std::move(text); }
 
-    bool stop() const { return stop_; }
+    bool stop() const { return *stopFlag_; }
     // Any thread, at any time; the scan notices it at its next test.
-    void setStop(bool stop) { stop_ = stop; }
+    void setStop(bool stop) { *stopFlag_ = stop; }
 
   private:
     // Walk the entries of one folder; true when it ended because stop was set.
@@ -153,7 +159,8 @@ class AdwareScan {
     std::int64_t threadFiles_ = 0;
     std::string scanningFile_;
     std::string timeelapsed_;
-    std::atomic<bool> stop_{false};
+    std::atomic<bool> ownStop_{false};
+    std::atomic<bool>* stopFlag_ = &ownStop_;
 };
 
 // The file viewer's type for the item is a plain folder: not a package or bundle, which the
