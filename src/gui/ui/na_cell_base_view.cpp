@@ -4,21 +4,28 @@
 #include <QUiLoader>
 #include <cstdio>
 
+#include "ui/na_control_factory.h"
+
 namespace sysmend {
 
 namespace {
 
 // Makes the cell class itself where the interface file names it, so that the loaded
-// top-level widget is a real instance of that class; everything else as usual.
+// top-level widget is a real instance of that class, and the application's own controls
+// where the file names them; everything else as usual.
 class CellLoader : public QUiLoader {
   public:
     CellLoader(const char* className, NACellBaseView* (*make)(QWidget*))
         : className_(QString::fromLatin1(className)), make_(make) {}
 
     QWidget* createWidget(const QString& className, QWidget* parent, const QString& name) override {
-        if (className != className_)
+        QWidget* widget = nullptr;
+        if (className == className_)
+            widget = make_(parent);
+        else
+            widget = createCustomControl(className, parent);
+        if (!widget)
             return QUiLoader::createWidget(className, parent, name);
-        QWidget* widget = make_(parent);
         widget->setObjectName(name);
         return widget;
     }
