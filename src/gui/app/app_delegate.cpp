@@ -1,5 +1,6 @@
 #include "app/app_delegate.h"
 
+#include <QAbstractTableModel>
 #include <QCoreApplication>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -75,6 +76,49 @@ std::shared_ptr<NACategoryObj> sharedCategory(NACategoryObj& category) {
     return std::static_pointer_cast<NACategoryObj>(category.shared_from_this());
 }
 
+// The category list as the table sees it: its rows (section rows cannot be selected) and
+// their cell views, both answered by the delegate.
+class CategoryList : public QAbstractTableModel, public NATableViewDelegate {
+  public:
+    CategoryList(const AppDelegate& delegate, QObject* parent)
+        : QAbstractTableModel(parent), delegate_(delegate) {}
+
+    void reload() {
+        beginResetModel();
+        count_ = delegate_.numberOfRowsInTableView();
+        endResetModel();
+    }
+
+    int rowCount(const QModelIndex& parent = {}) const override {
+        return parent.isValid() ? 0 : count_;
+    }
+    int columnCount(const QModelIndex& parent = {}) const override {
+        return parent.isValid() ? 0 : 1;
+    }
+    QVariant data(const QModelIndex& index, int role) const override {
+        if (!index.isValid() || index.row() >= count_ || role != Qt::DisplayRole)
+            return {};
+        return QString::fromStdString(
+            delegate_.categorys()[static_cast<std::size_t>(index.row())]->title());
+    }
+    Qt::ItemFlags flags(const QModelIndex& index) const override {
+        if (!index.isValid() || index.row() >= count_)
+            return Qt::NoItemFlags;
+        Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemNeverHasChildren;
+        if (delegate_.shouldSelectRow(index.row()))
+            flags |= Qt::ItemIsSelectable;
+        return flags;
+    }
+
+    QWidget* viewForTableColumn(NATableView*, int row) override {
+        return row < count_ ? delegate_.viewForTableColumn(row) : nullptr;
+    }
+
+  private:
+    const AppDelegate& delegate_;
+    int count_ = 0;
+};
+
 }  // namespace
 
 AppDelegate::AppDelegate() : window_(std::make_unique<NAMainWindow>()) {
@@ -108,8 +152,11 @@ AppDelegate::AppDelegate() : window_(std::make_unique<NAMainWindow>()) {
     header->addWidget(appName, 1);
     sidebarColumn->addLayout(header);
     cTable_ = new NATableView;
-    cTable_->setStyleSheet(QStringLiteral("QTableWidget { background: transparent; }"));
+    cTable_->setStyleSheet(QStringLiteral("QTableView { background: transparent; }"));
     cTable_->viewport()->setAutoFillBackground(false);
+    auto* categoryList = new CategoryList(*this, cTable_);
+    cTable_->setModel(categoryList);
+    cTable_->setTableDelegate(categoryList);
     sidebarColumn->addWidget(cTable_, 1);
     columns->addWidget(sidebar);
 
@@ -218,18 +265,13 @@ void AppDelegate::loadCategorys() {
     };
 
     const QSignalBlocker blocker(cTable_->selectionModel());
-    cTable_->clearContents();
-    cTable_->setRowCount(numberOfRowsInTableView());
+    static_cast<CategoryList*>(cTable_->model())->reload();
     for (int row = 0; row < numberOfRowsInTableView(); ++row) {
-        auto* item = new QTableWidgetItem;
-        item->setFlags(shouldSelectRow(row) ? Qt::ItemIsEnabled | Qt::ItemIsSelectable
-                                            : Qt::ItemIsEnabled);
-        cTable_->setItem(row, 0, item);
-        cTable_->setCellWidget(row, 0, viewForTableColumn(row));
         cTable_->setRowHeight(row, heightOfRow(row));
         delete cTable_->itemDelegateForRow(row);
         cTable_->setItemDelegateForRow(row, rowViewForRow(row));
     }
+    cTable_->reloadData();
 }
 
 QWidget* AppDelegate::viewForTableColumn(int row) const {

@@ -1,14 +1,41 @@
 #include "ui/na_table_view.h"
 
 #include <QHeaderView>
+#include <QPainter>
+#include <QSignalBlocker>
+#include <QStyle>
+#include <algorithm>
+
+#include "ui/na_table_row_view.h"
+#include "ui/named_image.h"
 
 namespace sysmend {
 
-NATableView::NATableView(QWidget* parent) : QTableWidget(parent) {
-    setColumnCount(1);
+namespace {
+
+// Rows above and below the view that get their cell views too, so that a short scroll shows
+// finished rows before the next update catches up.
+constexpr int kOverscanRows = 4;
+
+constexpr int kEmptyImageSize = 128;
+constexpr int kEmptyImageAboveCentre = 94;
+constexpr int kEmptyTextWidth = 100;
+
+void repolish(QWidget* widget) {
+    QStyle* style = widget->style();
+    style->unpolish(widget);
+    style->polish(widget);
+    widget->update();
+}
+
+}  // namespace
+
+NATableView::NATableView(QWidget* parent) : QTableView(parent) {
     horizontalHeader()->hide();
-    horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    horizontalHeader()->setStretchLastSection(true);
     verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setMinimumSectionSize(1);
     setShowGrid(false);
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::NoFocus);
@@ -17,18 +44,301 @@ NATableView::NATableView(QWidget* parent) : QTableWidget(parent) {
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setWordWrap(false);
+    setCornerButtonEnabled(false);
+}
+
+void NATableView::setTableDelegate(NATableViewDelegate* delegate) {
+    delegate_ = delegate;
+    reloadData();
+}
+
+void NATableView::setRowView(NATableRowView* rowView) {
+    QAbstractItemDelegate* old = itemDelegate();
+    if (rowView)
+        rowView->setParent(this);
+    setItemDelegate(rowView);
+    if (old && old != rowView && old->parent() == this)
+        old->deleteLater();
+}
+
+void NATableView::setRowHeight(int height) {
+    verticalHeader()->setDefaultSectionSize(height);
+    updateCellViews();
+}
+
+void NATableView::setModel(QAbstractItemModel* newModel) {
+    if (QAbstractItemModel* old = model())
+        disconnect(old, nullptr, this, nullptr);
+    for (const QPersistentModelIndex& index : cells_)
+        dropCellView(index);
+    cells_.clear();
+    lastSelectedRow_ = -1;
+    QTableView::setModel(newModel);
+    if (!newModel)
+        return;
+    // Connected after the view's and the header's own handlers, so that the header already
+    // knows the new rows when the cell views are placed.
+    connect(newModel, &QAbstractItemModel::modelAboutToBeReset, this,
+            [this] { rowBeforeReset_ = selectedRow(); });
+    connect(newModel, &QAbstractItemModel::modelReset, this, &NATableView::modelWasReset);
+    connect(newModel, &QAbstractItemModel::rowsRemoved, this, &NATableView::rowsWereRemoved);
+    connect(newModel, &QAbstractItemModel::rowsInserted, this, &NATableView::updateCellViews);
+    connect(newModel, &QAbstractItemModel::layoutChanged, this, &NATableView::updateCellViews);
+    updateCellViews();
+}
+
+int NATableView::rowCount() const {
+    return model() ? model()->rowCount() : 0;
 }
 
 int NATableView::selectedRow() const {
+    if (!selectionModel())
+        return -1;
     const QModelIndexList rows = selectionModel()->selectedRows();
     return rows.isEmpty() ? -1 : rows.first().row();
+}
+
+void NATableView::selectRowIndexes(int row) {
+    if (!model() || row < 0 || row >= rowCount())
+        return;
+    const QModelIndex index = model()->index(row, 0);
+    if (!(index.flags() & Qt::ItemIsSelectable))
+        return;
+    selectionModel()->setCurrentIndex(
+        index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+int NATableView::rowForView(const QWidget* view) const {
+    while (view && view->parentWidget() != viewport())
+        view = view->parentWidget();
+    if (!view)
+        return -1;
+    for (const QPersistentModelIndex& index : cells_) {
+        if (index.isValid() && indexWidget(index) == view)
+            return index.row();
+    }
+    return -1;
+}
+
+QWidget* NATableView::cellWidget(int row, int column) const {
+    if (!model() || row < 0 || row >= rowCount() || column < 0 || column >= model()->columnCount())
+        return nullptr;
+    return indexWidget(model()->index(row, column));
+}
+
+NATableView* NATableView::enclosingTable(const QWidget* view) {
+    for (QWidget* w = view ? view->parentWidget() : nullptr; w; w = w->parentWidget()) {
+        if (auto* table = qobject_cast<NATableView*>(w))
+            return table;
+    }
+    return nullptr;
+}
+
+void NATableView::reloadData() {
+    for (const QPersistentModelIndex& index : cells_)
+        dropCellView(index);
+    cells_.clear();
+    updateCellViews();
+    viewport()->update();
+}
+
+void NATableView::updateCellViews() {
+    if (inCellUpdate_)
+        return;
+    const int count = rowCount();
+    int first = 0;
+    int last = -1;
+    if (delegate_ && count > 0 && viewport()->height() > 0) {
+        first = rowAt(0);
+        last = rowAt(viewport()->height() - 1);
+        if (first < 0)
+            first = 0;
+        if (last < 0)
+            last = count - 1;
+        first = std::max(0, first - kOverscanRows);
+        last = std::min(count - 1, last + kOverscanRows);
+    }
+
+    std::vector<QPersistentModelIndex> kept;
+    kept.reserve(cells_.size());
+    for (const QPersistentModelIndex& index : cells_) {
+        if (index.isValid() && index.row() >= first && index.row() <= last && indexWidget(index))
+            kept.push_back(index);
+        else
+            dropCellView(index);
+    }
+    cells_ = std::move(kept);
+    for (int row = first; row <= last; ++row) {
+        if (!indexWidget(model()->index(row, 0)))
+            makeCellView(row);
+    }
+}
+
+void NATableView::makeCellView(int row) {
+    QWidget* view = delegate_->viewForTableColumn(this, row);
+    if (!view)
+        return;
+    const QModelIndex index = model()->index(row, 0);
+    const bool replacing = indexWidget(index) != nullptr;
+    if (replacing)
+        indexWidget(index)->hide();
+    view->setProperty("rowSelected", selectionModel() && selectionModel()->isRowSelected(row));
+    inCellUpdate_ = true;
+    // The view takes the widget and lets the one it replaces go at the next turn of the event
+    // loop: a cell may be replaced while its own check box is still delivering a click.
+    setIndexWidget(index, view);
+    inCellUpdate_ = false;
+    if (!replacing)
+        cells_.emplace_back(index);
+}
+
+void NATableView::dropCellView(const QPersistentModelIndex& index) {
+    if (!index.isValid())
+        return;
+    if (QWidget* view = indexWidget(index)) {
+        view->hide();
+        inCellUpdate_ = true;
+        setIndexWidget(index, nullptr);
+        inCellUpdate_ = false;
+    }
+}
+
+void NATableView::modelWasReset() {
+    // The view has already let every cell view go.
+    cells_.clear();
+    updateCellViews();
+    keepASelection(rowBeforeReset_, true);
+    rowBeforeReset_ = -1;
+    viewport()->update();
+}
+
+void NATableView::rowsWereRemoved() {
+    updateCellViews();
+    if (selectedRow() < 0 && !allowsEmptySelection_)
+        keepASelection(lastSelectedRow_, false);
+}
+
+// AppKit keeps the selected row across a reload without telling anyone; a row that is gone
+// makes the selection move to the nearest row (or empty, where allowed), which is a change.
+void NATableView::keepASelection(int wantedRow, bool notifyWhenEmptied) {
+    const int count = rowCount();
+    if (wantedRow >= 0 && wantedRow < count &&
+        (model()->index(wantedRow, 0).flags() & Qt::ItemIsSelectable)) {
+        {
+            const QSignalBlocker blocker(selectionModel());
+            selectionModel()->setCurrentIndex(
+                model()->index(wantedRow, 0),
+                QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        }
+        lastSelectedRow_ = wantedRow;
+        markSelectedCells();
+        viewport()->update();
+        return;
+    }
+    if (count > 0 && !allowsEmptySelection_) {
+        selectRowIndexes(std::clamp(wantedRow, 0, count - 1));
+        if (selectedRow() >= 0)
+            return;
+    }
+    if (wantedRow >= 0 && notifyWhenEmptied) {
+        lastSelectedRow_ = -1;
+        if (delegate_)
+            delegate_->tableViewSelectionDidChange(this);
+    }
 }
 
 QItemSelectionModel::SelectionFlags NATableView::selectionCommand(const QModelIndex& index,
                                                                   const QEvent* event) const {
     if (index.isValid() && !(index.flags() & Qt::ItemIsSelectable))
         return QItemSelectionModel::NoUpdate;
-    return QTableWidget::selectionCommand(index, event);
+    QItemSelectionModel::SelectionFlags command = QTableView::selectionCommand(index, event);
+    if (!allowsEmptySelection_ &&
+        (command & (QItemSelectionModel::Deselect | QItemSelectionModel::Toggle |
+                    QItemSelectionModel::Clear)) &&
+        !(command & QItemSelectionModel::Select))
+        return QItemSelectionModel::NoUpdate;
+    return command;
+}
+
+void NATableView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                              const QList<int>& roles) {
+    QTableView::dataChanged(topLeft, bottomRight, roles);
+    if (inCellUpdate_ || !delegate_ || !topLeft.isValid() || !bottomRight.isValid())
+        return;
+    // Only the rows that have cell views are made anew; the rest are made when they scroll in.
+    std::vector<int> rows;
+    for (const QPersistentModelIndex& index : cells_) {
+        if (index.isValid() && index.row() >= topLeft.row() && index.row() <= bottomRight.row())
+            rows.push_back(index.row());
+    }
+    for (int row : rows)
+        makeCellView(row);
+}
+
+void NATableView::selectionChanged(const QItemSelection& selected,
+                                   const QItemSelection& deselected) {
+    QTableView::selectionChanged(selected, deselected);
+    lastSelectedRow_ = selectedRow();
+    markSelectedCells();
+    if (delegate_)
+        delegate_->tableViewSelectionDidChange(this);
+}
+
+// Cells style their text for a selected row through the "rowSelected" property.
+void NATableView::markSelectedCells() {
+    for (const QPersistentModelIndex& index : cells_) {
+        QWidget* view = index.isValid() ? indexWidget(index) : nullptr;
+        if (!view)
+            continue;
+        const bool selected = selectionModel()->isRowSelected(index.row());
+        if (view->property("rowSelected").toBool() == selected)
+            continue;
+        view->setProperty("rowSelected", selected);
+        repolish(view);
+        for (QWidget* child : view->findChildren<QWidget*>())
+            repolish(child);
+    }
+}
+
+void NATableView::paintEvent(QPaintEvent* event) {
+    if (rowCount() > 0) {
+        QTableView::paintEvent(event);
+        return;
+    }
+    QPainter painter(viewport());
+    drawEmptyState(painter);
+}
+
+void NATableView::drawEmptyState(QPainter& painter) const {
+    const QRect bounds = viewport()->rect();
+    const QPoint centre = bounds.center();
+    const QRect imageRect(centre.x() - kEmptyImageSize / 2, centre.y() - kEmptyImageAboveCentre,
+                          kEmptyImageSize, kEmptyImageSize);
+    painter.drawPixmap(
+        imageRect, namedImage(QStringLiteral("sysmend"), imageRect.size(), devicePixelRatioF()));
+    QFont font = painter.font();
+    font.setPixelSize(13);
+    painter.setFont(font);
+    painter.setPen(QColor(140, 148, 160));
+    const QRect textRect(centre.x() - kEmptyTextWidth / 2, imageRect.bottom() + 10, kEmptyTextWidth,
+                         22);
+    painter.drawText(textRect, Qt::AlignCenter, QStringLiteral("no items"));
+}
+
+void NATableView::resizeEvent(QResizeEvent* event) {
+    QTableView::resizeEvent(event);
+    updateCellViews();
+}
+
+void NATableView::showEvent(QShowEvent* event) {
+    QTableView::showEvent(event);
+    updateCellViews();
+}
+
+void NATableView::scrollContentsBy(int dx, int dy) {
+    QTableView::scrollContentsBy(dx, dy);
+    updateCellViews();
 }
 
 }  // namespace sysmend
