@@ -16,6 +16,8 @@ packages=(
     xvfb xauth imagemagick clang-14 libclang-rt-14-dev
     # benchmark scripts
     bc time
+    # checks of the installed tree and of the macOS icon
+    desktop-file-utils appstream python3
 )
 
 missing=()
