@@ -73,14 +73,15 @@ void NATableView::setModel(QAbstractItemModel* newModel) {
     for (const QPersistentModelIndex& index : cells_)
         dropCellView(index);
     cells_.clear();
-    lastSelectedRow_ = -1;
     QTableView::setModel(newModel);
     if (!newModel)
         return;
     // Connected after the view's and the header's own handlers, so that the header already
     // knows the new rows when the cell views are placed.
     connect(newModel, &QAbstractItemModel::modelAboutToBeReset, this,
-            [this] { rowBeforeReset_ = selectedRow(); });
+            [this] { rowBeforeChange_ = selectedRow(); });
+    connect(newModel, &QAbstractItemModel::rowsAboutToBeRemoved, this,
+            [this] { rowBeforeChange_ = selectedRow(); });
     connect(newModel, &QAbstractItemModel::modelReset, this, &NATableView::modelWasReset);
     connect(newModel, &QAbstractItemModel::rowsRemoved, this, &NATableView::rowsWereRemoved);
     connect(newModel, &QAbstractItemModel::rowsInserted, this, &NATableView::updateCellViews);
@@ -208,20 +209,21 @@ void NATableView::modelWasReset() {
     // The view has already let every cell view go.
     cells_.clear();
     updateCellViews();
-    keepASelection(rowBeforeReset_, true);
-    rowBeforeReset_ = -1;
+    keepASelection(rowBeforeChange_);
+    rowBeforeChange_ = -1;
     viewport()->update();
 }
 
 void NATableView::rowsWereRemoved() {
     updateCellViews();
-    if (selectedRow() < 0 && !allowsEmptySelection_)
-        keepASelection(lastSelectedRow_, false);
+    if (selectedRow() < 0 && !allowsEmptySelection_ && rowCount() > 0)
+        selectRowIndexes(std::clamp(rowBeforeChange_, 0, rowCount() - 1));
+    rowBeforeChange_ = -1;
 }
 
-// AppKit keeps the selected row across a reload without telling anyone; a row that is gone
+// A reload keeps the selected row without telling anyone, as Mac tables do; a row that is gone
 // makes the selection move to the nearest row (or empty, where allowed), which is a change.
-void NATableView::keepASelection(int wantedRow, bool notifyWhenEmptied) {
+void NATableView::keepASelection(int wantedRow) {
     const int count = rowCount();
     if (wantedRow >= 0 && wantedRow < count &&
         (model()->index(wantedRow, 0).flags() & Qt::ItemIsSelectable)) {
@@ -231,7 +233,6 @@ void NATableView::keepASelection(int wantedRow, bool notifyWhenEmptied) {
                 model()->index(wantedRow, 0),
                 QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
         }
-        lastSelectedRow_ = wantedRow;
         markSelectedCells();
         viewport()->update();
         return;
@@ -241,8 +242,7 @@ void NATableView::keepASelection(int wantedRow, bool notifyWhenEmptied) {
         if (selectedRow() >= 0)
             return;
     }
-    if (wantedRow >= 0 && notifyWhenEmptied) {
-        lastSelectedRow_ = -1;
+    if (wantedRow >= 0) {
         if (delegate_)
             delegate_->tableViewSelectionDidChange(this);
     }
@@ -279,7 +279,6 @@ void NATableView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bot
 void NATableView::selectionChanged(const QItemSelection& selected,
                                    const QItemSelection& deselected) {
     QTableView::selectionChanged(selected, deselected);
-    lastSelectedRow_ = selectedRow();
     markSelectedCells();
     if (delegate_)
         delegate_->tableViewSelectionDidChange(this);

@@ -103,7 +103,7 @@ class NATableView : public QTableView {
   private:
     void modelWasReset();
     void rowsWereRemoved();
-    void keepASelection(int wantedRow, bool notifyWhenEmptied);
+    void keepASelection(int wantedRow);
     void makeCellView(int row);
     void dropCellView(const QPersistentModelIndex& index);
     void markSelectedCells();
@@ -112,8 +112,7 @@ class NATableView : public QTableView {
     QString identifier_;
     NATableViewDelegate* delegate_ = nullptr;
     bool allowsEmptySelection_ = true;
-    int lastSelectedRow_ = -1;
-    int rowBeforeReset_ = -1;
+    int rowBeforeChange_ = -1;
     bool inCellUpdate_ = false;
     std::vector<QPersistentModelIndex> cells_;
 };
