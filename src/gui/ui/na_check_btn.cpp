@@ -1,12 +1,14 @@
 #include "ui/na_check_btn.h"
 
 #include <QKeyEvent>
+#include <QLayout>
 #include <QMouseEvent>
 #include <QPushButton>
 
 #include "platform/syslog.h"
 #include "settings/na_setting_mgr.h"
 #include "ui/na_sheet.h"
+#include "ui/named_image.h"
 
 namespace sysmend {
 
@@ -16,7 +18,8 @@ namespace {
 const char* const kDarkAlertStyle = R"(
 QMessageBox { background: rgb(38, 38, 40); border: 1px solid rgb(12, 12, 12); }
 QMessageBox QLabel { color: rgb(236, 236, 236); }
-QMessageBox QLabel#qt_msgbox_label { font-weight: bold; }
+QMessageBox QLabel#qt_msgbox_label { font-weight: bold; font-size: 14px; min-width: 260px; }
+QMessageBox QLabel#qt_msgbox_informativelabel { font-size: 12px; min-width: 260px; }
 QMessageBox QPushButton {
     color: white; background: rgb(11, 80, 208); border: none; border-radius: 5px;
     padding: 4px 18px; min-width: 64px;
@@ -47,6 +50,9 @@ void NACheckBtn::showRefusal() {
                                   QStringLiteral("Operation failed!"), QMessageBox::Ok);
     alert->setInformativeText(QStringLiteral("You need to select one，an then cleanup!"));
     alert->setStyleSheet(QString::fromLatin1(kDarkAlertStyle));
+    // Like a Mac alert, it shows the application's image rather than a warning sign.
+    alert->setIconPixmap(namedImage(QStringLiteral("sysmend"), QSize(52, 52), devicePixelRatioF()));
+    alert->layout()->setContentsMargins(20, 18, 20, 16);
     alert->setAttribute(Qt::WA_DeleteOnClose);
     alert_ = alert;
     beginSheet(this, alert);
