@@ -17,7 +17,8 @@ class NANoContentView : public QWidget {
     bool hiddenSubviews() const { return hiddenSubviews_; }
     // true hides every child widget and draws the empty state; false shows again the children
     // that this view hid (children hidden by someone else stay hidden) and draws nothing of
-    // its own. Repeating a call changes nothing.
+    // its own. Repeating a call changes nothing. Children added while the empty state shows
+    // are not hidden by it.
     void setHiddenSubviews(bool hidden);
 
   protected:

@@ -20,7 +20,8 @@ class NAOSCheckButton : public QCheckBox {
     explicit NAOSCheckButton(QWidget* parent = nullptr);
 
     // 1, 0 or -1; setState maps any other non-zero value to -1. Setting the state emits
-    // stateChanged (when it changes) but not clicked.
+    // stateChanged when it changes (its argument is a Qt::CheckState, 2 for checked: read
+    // state() instead) but never clicked.
     int state() const;
     void setState(int state);
 
