@@ -267,6 +267,17 @@ class ResultModelsTest : public QObject {
         QCOMPARE(table.selectedRow(), 3);
         QCOMPARE(cells.selections, std::vector<int>{3});
 
+        // A cell that holds the focus is made anew without the focus moving the selection on.
+        table.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&table));
+        QWidget* focused = table.cellWidget(3);
+        focused->setFocusPolicy(Qt::StrongFocus);
+        focused->setFocus();
+        QVERIFY(focused->hasFocus());
+        emit model.dataChanged(model.index(0, 0), model.index(4, 0));
+        QCOMPARE(table.selectedRow(), 3);
+        QCOMPARE(cells.selections, std::vector<int>{3});
+
         // The user cannot take the selection away.
         const QRect row3 = table.visualRect(model.index(3, 0));
         QTest::mouseClick(table.viewport(), Qt::LeftButton, Qt::ControlModifier, row3.center());

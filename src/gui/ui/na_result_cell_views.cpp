@@ -1,6 +1,7 @@
 #include "ui/na_result_cell_views.h"
 
 #include <QEvent>
+#include <QPainter>
 #include <typeinfo>
 
 #include "model/na_fileobj.h"
@@ -73,8 +74,11 @@ NACheckCellBaseView::NACheckCellBaseView(QWidget* parent) : NACellBaseView(paren
 
 void NACheckCellBaseView::awakeFromNib() {
     checkBtn = outlet<NAOSCheckButton>(this, "checkBtn");
-    if (checkBtn)
-        connect(checkBtn, &NAOSCheckButton::clicked, this, &NACheckCellBaseView::checkAction);
+    if (!checkBtn)
+        return;
+    // Keys move through the rows, not through every box of every row.
+    checkBtn->setFocusPolicy(Qt::NoFocus);
+    connect(checkBtn, &NAOSCheckButton::clicked, this, &NACheckCellBaseView::checkAction);
 }
 
 void NACheckCellBaseView::checkAction() {
@@ -107,6 +111,17 @@ void NAGroupTableBaseCellView::awakeFromNib() {
     NACheckCellBaseView::awakeFromNib();
     icon_view = outlet<QLabel>(this, "icon_view");
     title_view = outlet<QLabel>(this, "title_view");
+}
+
+void NAGroupTableBaseCellView::paintEvent(QPaintEvent*) {
+    if (!checkBtn || !checkBtn->isVisible() || !property("rowSelected").toBool())
+        return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::white);
+    const QPointF centre = QRectF(checkBtn->geometry()).center();
+    painter.drawRoundedRect(QRectF(centre.x() - 9, centre.y() - 9, 18, 18), 4.5, 4.5);
 }
 
 // --- NAFilelistCellBaseView ---------------------------------------------------------------

@@ -57,6 +57,8 @@ class NAGroupTableBaseCellView : public NACheckCellBaseView {
     // Any group: its items follow.
     bool canChangeMark(const NAObject& object) const override;
     void awakeFromNib() override;
+    // On a selected (blue) row, a white ground under the box keeps it apart from the row.
+    void paintEvent(QPaintEvent* event) override;
 
     template <class T>
     static T* loadGroupCell() {

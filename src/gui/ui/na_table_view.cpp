@@ -1,7 +1,9 @@
 #include "ui/na_table_view.h"
 
+#include <QApplication>
 #include <QHeaderView>
 #include <QPainter>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QStyle>
 #include <algorithm>
@@ -17,9 +19,27 @@ namespace {
 // finished rows before the next update catches up.
 constexpr int kOverscanRows = 4;
 
+// A slim scroller without arrows, as Mac lists have.
+const char* const kScrollerStyle =
+    "QScrollBar:vertical { background: transparent; width: 10px; margin: 2px 2px 2px 0; }"
+    "QScrollBar::handle:vertical { background: rgba(0, 0, 0, 0.25); border-radius: 3px;"
+    " min-height: 28px; margin: 0 1px; }"
+    "QScrollBar::handle:vertical:hover { background: rgba(0, 0, 0, 0.4); }"
+    "QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }"
+    "QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: transparent; }";
+
 constexpr int kEmptyImageSize = 128;
 constexpr int kEmptyImageAboveCentre = 94;
 constexpr int kEmptyTextWidth = 100;
+
+// Hides a cell view that is going. Focus inside it is let go first: hiding a focused widget
+// hands focus on as a Tab press would, which moves the table's current row.
+void retire(QWidget* view) {
+    QWidget* focus = QApplication::focusWidget();
+    if (focus && (focus == view || view->isAncestorOf(focus)))
+        focus->clearFocus();
+    view->hide();
+}
 
 void repolish(QWidget* widget) {
     QStyle* style = widget->style();
@@ -44,6 +64,7 @@ NATableView::NATableView(QWidget* parent) : QTableView(parent) {
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    verticalScrollBar()->setStyleSheet(QString::fromLatin1(kScrollerStyle));
     setWordWrap(false);
     setCornerButtonEnabled(false);
 }
@@ -183,7 +204,7 @@ void NATableView::makeCellView(int row) {
     const QModelIndex index = model()->index(row, 0);
     const bool replacing = indexWidget(index) != nullptr;
     if (replacing)
-        indexWidget(index)->hide();
+        retire(indexWidget(index));
     view->setProperty("rowSelected", selectionModel() && selectionModel()->isRowSelected(row));
     inCellUpdate_ = true;
     // The view takes the widget and lets the one it replaces go at the next turn of the event
@@ -198,7 +219,7 @@ void NATableView::dropCellView(const QPersistentModelIndex& index) {
     if (!index.isValid())
         return;
     if (QWidget* view = indexWidget(index)) {
-        view->hide();
+        retire(view);
         inCellUpdate_ = true;
         setIndexWidget(index, nullptr);
         inCellUpdate_ = false;
