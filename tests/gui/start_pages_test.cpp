@@ -1,0 +1,380 @@
+// The start pages of the four scanning tools, driven through the real shell: press the start
+// button, let the scan run behind its sheet, and find the results in the category and the
+// result page on screen. Refused folder access changes nothing; the adware sheet counts every
+// visit exactly without flooding the event queue, and its Stop button reaches the scan.
+#include <QFileDialog>
+#include <QPushButton>
+#include <QSemaphore>
+#include <QSignalSpy>
+#include <QTest>
+#include <QThreadPool>
+#include <fstream>
+#include <memory>
+
+#include "adware/adware_scan.h"
+#include "adware/na_adware_removal_pvc.h"
+#include "adware/signature_database.h"
+#include "adware/signature_loader.h"
+#include "app/app_delegate.h"
+#include "app/na_start_page.h"
+#include "gui_test_env.h"
+#include "platform/syslog.h"
+#include "support/fake_volume.h"
+#include "ui/na_sheet.h"
+
+using namespace sysmend;
+
+namespace {
+
+enum Row { Crashes = 1, AppViewer = 3, StartupItems = 4, Vexbane = 7 };
+
+QStringList titlesOf(const NAGroupObjArray& groups) {
+    QStringList titles;
+    for (const auto& group : groups)
+        titles << QString::fromStdString(group->title()) + "[" +
+                      QString::number(group->contents().size()) + "]";
+    return titles;
+}
+
+plist::Value threat(const std::string& name, const std::string& list, const std::string& string) {
+    plist::Dictionary entry;
+    entry.set("name", name);
+    entry.set(list, plist::Array{plist::Value(string)});
+    return entry;
+}
+
+// Counts the calls posted to an object (queued functors and slots) as they are delivered.
+class MetaCallCounter : public QObject {
+  public:
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::MetaCall)
+            ++count;
+        return false;
+    }
+    int count = 0;
+};
+
+}  // namespace
+
+class StartPagesTest : public QObject {
+    Q_OBJECT
+
+  private:
+    NACategoryObj& category(Row row) const {
+        return *delegate_->categorys().at(static_cast<std::size_t>(row));
+    }
+
+    // Selects the tool in the list, as a click would, and returns its start page.
+    NAStartPage* showTool(Row row) {
+        NATableView* table = delegate_->cTable();
+        const QRect rect = table->visualRect(table->model()->index(row, 0));
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, rect.center());
+        auto* page = qobject_cast<NAStartPage*>(delegate_->PVC(category(row)));
+        if (page && delegate_->controllerView() != page)
+            return nullptr;
+        return page;
+    }
+
+    static void pressStart(NAStartPage* page) {
+        QVERIFY(page != nullptr);
+        QPushButton* start = page->findChild<QPushButton*>(QStringLiteral("startBtn"));
+        QVERIFY(start != nullptr);
+        QVERIFY(start->isEnabled());
+        QTest::mouseClick(start, Qt::LeftButton);
+    }
+
+    bool showsResultPage(Row row) const {
+        QWidget* shown = delegate_->controllerView();
+        return shown != nullptr && shown == delegate_->HVC(category(row)) &&
+               shown->parentWidget() == delegate_->vc_contentView() &&
+               delegate_->startOverBtn()->isVisible();
+    }
+
+    void grantHome() const {
+        AppSandboxFileAccess::fileAccess().persistPermissionPath(volume_->home());
+    }
+
+    // A small database of three threats, two of them sharing a name, written where the
+    // Vexbane page loads it from.
+    plist::Value useDatabase() {
+        plist::Value database(plist::Array{
+            threat("Genieo", "launch", "com.genieo.engine.plist"),
+            threat("VSearch", "launchContent", "com.v.daemon"),
+            threat("Genieo", "app", "Genieo.app"),
+        });
+        const std::string file = files_.filePath(QStringLiteral("signatures.cx")).toStdString();
+        const Data bytes = encryptSignatureDatabase(database);
+        std::ofstream(file, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()),
+                   static_cast<std::streamsize>(bytes.size()));
+        setSignatureFile(file);
+        return database;
+    }
+
+    void addAdware() const {
+        volume_->addLaunchJob(volume_->home() + "/Library/LaunchAgents", "com.genieo.engine.plist",
+                              "com.genieo.engine");
+        volume_->addLaunchJob("/Library/LaunchDaemons", "com.vsearch.daemon.plist", "com.v.daemon");
+        volume_->addAppBundle("/Applications", "Aperture Lite", "com.example.aperture");
+        volume_->addAppBundle("/Applications", "Genieo", "com.genieo.app");
+    }
+
+    // The same scan without the page, for the counts the sheet must end with.
+    static std::unique_ptr<AdwareScan> engineScan(const plist::Value& database, bool stopped) {
+        auto scan = std::make_unique<AdwareScan>(database, std::weak_ptr<NACategoryObj>());
+        scan->initargs();
+        scan->setStop(stopped);
+        scan->analysisAdware();
+        return scan;
+    }
+
+    static QStringList findingsOf(const TreatArray& treats) {
+        QStringList out;
+        for (const auto& treat : treats)
+            out << QString::fromStdString(treat->title() + ": " + treat->filePath());
+        return out;
+    }
+
+    test::GuiTestEnv env_;
+    std::unique_ptr<testing::FakeVolume> volume_;
+    std::unique_ptr<AppDelegate> delegate_;
+    QTemporaryDir files_;
+
+  private slots:
+    void initTestCase() {
+        env_.setUp();
+        QVERIFY(files_.isValid());
+    }
+
+    void init() {
+        volume_ = std::make_unique<testing::FakeVolume>("alice");
+        Volume::setCurrent(volume_->volume());
+        delegate_ = std::make_unique<AppDelegate>();
+        delegate_->applicationDidFinishLaunching();
+        delegate_->window()->show();
+        QVERIFY(QTest::qWaitForWindowExposed(delegate_->window()));
+    }
+
+    void cleanup() {
+        delegate_.reset();  // each page waits for its scan
+        test::GuiTestEnv::removeAllDefaults();
+        setSignatureFile("");
+        volume_.reset();
+    }
+
+    void crashReportsAreGroupedByApplicationAndHandedOver() {
+        volume_->addAppBundle("/Applications", "CloudSync", "com.example.cloudsync");
+        volume_->addAppBundle("/Applications", "Tune Player", "org.example.tuneplayer");
+        volume_->addCrashReport("CloudSync_1.crash", "com.example.cloudsync");
+        volume_->addCrashReport("CloudSync_2.crash", "com.example.cloudsync");
+        volume_->addCrashReport("Tune Player_1.crash", "org.example.tuneplayer");
+        volume_->addCrashReport("Gone_1.crash", "com.example.gone");
+        grantHome();
+        NACategoryObj& crashes = category(Crashes);
+        crashes.groups().push_back(std::make_shared<NAGroupObj>("Earlier", ImageRef::none()));
+
+        // Launch shows the Crashes start page.
+        auto* page = qobject_cast<NAStartPage*>(delegate_->controllerView());
+        QVERIFY(page != nullptr && page == delegate_->PVC(crashes));
+        pressStart(page);
+
+        QTRY_COMPARE(crashes.displayState(), std::int64_t{1});
+        QCOMPARE(titlesOf(crashes.groups()), QStringList({"CloudSync[2]", "Tune Player[1]"}));
+        QVERIFY(!crashes.isNeedRefresh());
+        QVERIFY(showsResultPage(Crashes));
+        QCOMPARE(delegate_->c_title_text()->text(), QStringLiteral("Crashes"));
+        QVERIFY(page->progressPanel() != nullptr);
+        QVERIFY(sheetParent(page->progressPanel()) == nullptr);
+        QVERIFY(!page->isSmartScaing());
+    }
+
+    void startupItemsOfInstalledApplicationsAreAppendedAndHandedOver() {
+        volume_->addAppBundle("/Applications", "CloudSync", "com.example.cloudsync");
+        volume_->addLaunchJob(volume_->home() + "/Library/LaunchAgents",
+                              "com.example.cloudsync.plist", "com.example.cloudsync");
+        volume_->addLaunchJob("/Library/LaunchAgents", "com.example.cloudsync.helper.plist",
+                              "com.example.cloudsync");
+        volume_->addLaunchJob("/Library/LaunchDaemons", "org.example.tool.plist",
+                              "org.example.tool");  // names no application
+        grantHome();
+        NACategoryObj& startup = category(StartupItems);
+        // Starting over empties the groups; the scan itself only appends.
+        startup.groups().push_back(std::make_shared<NAGroupObj>("Earlier", ImageRef::none()));
+
+        pressStart(showTool(StartupItems));
+
+        QTRY_COMPARE(startup.displayState(), std::int64_t{1});
+        QCOMPARE(titlesOf(startup.groups()),
+                 QStringList({"Earlier[0]", "CloudSync[1]", "CloudSync[1]"}));
+        QVERIFY(showsResultPage(StartupItems));
+        QVERIFY(!startup.isNeedRefresh());
+    }
+
+    void applicationsAreListedWithoutAskingForAFolder() {
+        volume_->addAppBundle("/Applications", "CloudSync", "com.example.cloudsync");
+        volume_->addAppBundle("/Applications/Media Tools", "Tune Player", "org.example.tune");
+        testing::AppSpec broken;
+        broken.name = "Half Installed";
+        broken.omitBundleName = true;
+        volume_->addApp(broken);
+        NACategoryObj& apps = category(AppViewer);
+        apps.groups().push_back(std::make_shared<NAGroupObj>("Earlier", ImageRef::none()));
+
+        NAStartPage* page = showTool(AppViewer);
+        pressStart(page);
+
+        QTRY_COMPARE(apps.displayState(), std::int64_t{1});
+        QStringList titles;
+        for (const auto& group : apps.groups())
+            titles << QString::fromStdString(group->title());
+        QCOMPARE(titles, QStringList({"CloudSync", "Tune Player"}));
+        QVERIFY(showsResultPage(AppViewer));
+        QVERIFY(page->userOpenpanel() == nullptr);
+    }
+
+    void refusedFolderAccessChangesNothing_data() {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<int>("groupsLeft");
+        // Crashes empties its groups before it asks; the others leave them alone.
+        QTest::newRow("Crashes") << int{Crashes} << 0;
+        QTest::newRow("Startup Items") << int{StartupItems} << 1;
+        QTest::newRow("Vexbane") << int{Vexbane} << 1;
+    }
+
+    void refusedFolderAccessChangesNothing() {
+        QFETCH(int, row);
+        QFETCH(int, groupsLeft);
+        const Row tool = static_cast<Row>(row);
+        NACategoryObj& cat = category(tool);
+        NAStartPage* page =
+            tool == Crashes ? qobject_cast<NAStartPage*>(delegate_->PVC(cat)) : showTool(tool);
+        cat.groups().push_back(std::make_shared<NAGroupObj>("Earlier", ImageRef::none()));
+        pressStart(page);
+        QFileDialog* chooser = page->userOpenpanel();
+        QVERIFY(chooser != nullptr);
+        QVERIFY(chooser->isVisible());
+        chooser->reject();
+        QCoreApplication::processEvents();
+
+        QCOMPARE(cat.displayState(), std::int64_t{0});
+        QCOMPARE(static_cast<int>(cat.groups().size()), groupsLeft);
+        QVERIFY(delegate_->controllerView() == page);
+        QVERIFY(!page->isSmartScaing());
+        QVERIFY(page->progressPanel() == nullptr);
+        if (auto* adware = qobject_cast<NAAdwareRemovalPVC*>(page))
+            QVERIFY(adware->progressPanel2vc() == nullptr);
+    }
+
+    void adwareScanCountsEveryVisitAndGroupsFindingsByThreat() {
+        const plist::Value database = useDatabase();
+        addAdware();
+        // Plenty of visits: every job file is looked at twice.
+        for (int i = 0; i < 300; ++i)
+            volume_->addLaunchJob("/Library/LaunchAgents",
+                                  "org.example.job" + std::to_string(i) + ".plist",
+                                  "org.example.job" + std::to_string(i));
+        grantHome();
+        const auto expected = engineScan(database, false);
+        QVERIFY(expected->scanedFiles() > 600);
+
+        auto* page = qobject_cast<NAAdwareRemovalPVC*>(showTool(Vexbane));
+        QVERIFY(page != nullptr);
+        QVERIFY(!page->timer()->isActive());
+        MetaCallCounter posted;
+        page->installEventFilter(&posted);
+        LogCapture log;
+        pressStart(page);
+        NAProgressPanel2VC* sheet = page->progressPanel2vc();
+        QVERIFY(sheet != nullptr);
+        QVERIFY(sheetParent(sheet) != nullptr);
+        QVERIFY(page->timer()->isActive());
+
+        // Let the whole scan run while the GUI thread takes no events: its visits must not
+        // pile up as posted calls.
+        NAStartPage::scanPool().waitForDone();
+        NACategoryObj& adware = category(Vexbane);
+        QTRY_COMPARE(adware.displayState(), std::int64_t{1});
+        QVERIFY2(posted.count <= 3, qPrintable(QString::number(posted.count)));
+
+        QCOMPARE(titlesOf(adware.groups()), QStringList({"Genieo[2]", "VSearch[1]"}));
+        QCOMPARE(findingsOf(page->treats()), findingsOf(expected->treats()));
+        QCOMPARE(sheet->scaned_files_count(),
+                 QStringLiteral("Scanned Files: %1").arg(expected->scanedFiles()));
+        QCOMPARE(sheet->threats_files_count(), QStringLiteral("Threat Found: 3"));
+        QCOMPARE(sheet->scan_path(), QString::fromStdString(expected->scanningFile()));
+        QCOMPARE(page->scanedFiles(), expected->scanedFiles());
+        QVERIFY(sheetParent(sheet) == nullptr);
+        QVERIFY(!page->timer()->isActive());
+        QVERIFY(showsResultPage(Vexbane));
+        QVERIFY(log.lines() == std::vector<std::string>{"adware==3"});
+    }
+
+    void stopEndsTheAdwareScanAtItsNextTestAndKeepsWhatWasFound() {
+        const plist::Value database = useDatabase();
+        addAdware();
+        grantHome();
+        auto* page = qobject_cast<NAAdwareRemovalPVC*>(showTool(Vexbane));
+        QVERIFY(page != nullptr);
+
+        // Hold the scan in the pool's queue until Stop has been pressed.
+        QThreadPool* pool = &NAStartPage::scanPool();
+        const int threads = pool->maxThreadCount();
+        pool->setMaxThreadCount(1);
+        QSemaphore release;
+        pool->start([&release] { release.acquire(); });
+        pressStart(page);
+        NAProgressPanel2VC* sheet = page->progressPanel2vc();
+        QVERIFY(sheet != nullptr && sheet->stopButton != nullptr);
+        QTest::mouseClick(sheet->stopButton, Qt::LeftButton);
+        QVERIFY(page->stop);
+        QCoreApplication::processEvents();
+        QVERIFY(sheetParent(sheet) != nullptr);  // Stop does not close the sheet
+        release.release();
+
+        NACategoryObj& adware = category(Vexbane);
+        QTRY_COMPARE(adware.displayState(), std::int64_t{1});
+        pool->waitForDone();
+        pool->setMaxThreadCount(threads);
+
+        const auto stopped = engineScan(database, true);
+        const auto full = engineScan(database, false);
+        QCOMPARE(findingsOf(page->treats()), findingsOf(stopped->treats()));
+        QVERIFY(stopped->treats().size() < full->treats().size());
+        QCOMPARE(titlesOf(adware.groups()), QStringList({"Genieo[1]"}));
+        QCOMPARE(sheet->scaned_files_count(),
+                 QStringLiteral("Scanned Files: %1").arg(stopped->scanedFiles()));
+        QVERIFY(showsResultPage(Vexbane));
+    }
+
+    void adwarePageWorksWithoutItsDatabaseAndShowsTheElapsedTime() {
+        const std::string file = files_.filePath(QStringLiteral("broken.cx")).toStdString();
+        std::ofstream(file) << "not a database";
+        setSignatureFile(file);
+        volume_->addLaunchJob(volume_->home() + "/Library/LaunchAgents", "com.genieo.engine.plist",
+                              "com.genieo.engine");
+        grantHome();
+
+        LogCapture log;
+        auto* page = qobject_cast<NAAdwareRemovalPVC*>(showTool(Vexbane));
+        QVERIFY(page != nullptr);
+        QVERIFY(log.lines() == std::vector<std::string>{
+                                   "signature database not loaded: error-code-1000: has bug"});
+        QVERIFY(page->adwares().asArray() && page->adwares().asArray()->empty());
+        QCOMPARE(page->timeelapsed(), QStringLiteral("00:10:00"));
+
+        pressStart(page);
+        NACategoryObj& adware = category(Vexbane);
+        QTRY_COMPARE(adware.displayState(), std::int64_t{1});
+        QVERIFY(adware.groups().empty());
+        QVERIFY(page->scanedFiles() > 0);
+
+        page->setStartScanDate(NAAdwareRemovalPVC::Clock::now() -
+                               std::chrono::milliseconds(3725900));
+        page->update();
+        QCOMPARE(page->timeelapsed(), QStringLiteral("Time Elapsed: 01:02:05"));
+        QCOMPARE(page->progressPanel2vc()->time_used(), QStringLiteral("Time Elapsed: 01:02:05"));
+    }
+};
+
+QTEST_MAIN(StartPagesTest)
+#include "start_pages_test.moc"
