@@ -12,6 +12,7 @@
 
 #include "gui_test_env.h"
 #include "ui/na_group_models.h"
+#include "ui/na_outline_view.h"
 #include "ui/na_table_view.h"
 
 using namespace sysmend;
@@ -294,17 +295,26 @@ class ResultModelsTest : public QObject {
         QCOMPARE(cells.selections.back(), -1);
     }
 
-    void anEmptyTableDrawsItsEmptyState() {
+    void emptyTablesDrawTheirEmptyState_data() {
+        QTest::addColumn<bool>("outline");
+        QTest::newRow("table") << false;
+        QTest::newRow("outline") << true;
+    }
+
+    void emptyTablesDrawTheirEmptyState() {
+        QFETCH(bool, outline);
         CountModel model(0);
         NATableView table;
-        table.resize(360, 400);
-        table.setModel(&model);
-        table.setStyleSheet(QStringLiteral("QTableView { background: white; }"));
-        table.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&table));
+        NAOutLineView tree;
+        QAbstractItemView* view = outline ? static_cast<QAbstractItemView*>(&tree) : &table;
+        view->resize(360, 400);
+        view->setModel(&model);
+        view->setStyleSheet(QStringLiteral("QAbstractItemView { background: white; }"));
+        view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(view));
 
         auto inkInMiddle = [&] {
-            const QImage image = table.viewport()->grab().toImage();
+            const QImage image = view->viewport()->grab().toImage();
             const QRect middle(image.width() / 2 - 60, image.height() / 2 - 80, 120, 140);
             int ink = 0;
             for (int y = middle.top(); y <= middle.bottom(); ++y) {
