@@ -3,6 +3,8 @@
 
 #include "app/app_delegate.h"
 #include "platform/volume.h"
+#include "sandbox/app_sandbox_file_access.h"
+#include "sandbox/na_permission_panel.h"
 #include "ui/named_image.h"
 
 int main(int argc, char* argv[]) {
@@ -15,8 +17,16 @@ int main(int argc, char* argv[]) {
     sysmend::initGuiResources();
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/sysmend.svg")));
 
+    // The chooser the folder grants show when they ask; in place before any page can ask, and
+    // taken out once the event loop has ended.
+    sysmend::NAPermissionPanel permissionPanel;
+    sysmend::AppSandboxFileAccess& fileAccess = sysmend::AppSandboxFileAccess::fileAccess();
+    fileAccess.setPermissionPanel(&permissionPanel);
+
     sysmend::AppDelegate delegate;
     delegate.applicationDidFinishLaunching();
     delegate.window()->show();
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    fileAccess.setPermissionPanel(nullptr);
+    return status;
 }

@@ -1,0 +1,161 @@
+// The chooser the folder grants show when they ask the user: what it shows, which folders it
+// lets through, cancel, and a call from a worker thread that waits for the chooser to close.
+#include <QAbstractProxyModel>
+#include <QFileSystemModel>
+#include <QLabel>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+#include <atomic>
+#include <functional>
+#include <optional>
+#include <thread>
+
+#include "gui_test_env.h"
+#include "sandbox/app_sandbox_file_access.h"
+#include "sandbox/na_permission_panel.h"
+
+using namespace sysmend;
+
+namespace {
+
+FileURL folderURL(const char* volumePath) {
+    return FileURL::fileURLWithPath(volumePath, true);
+}
+
+}  // namespace
+
+class PermissionPanelTest : public QObject {
+    Q_OBJECT
+
+  private:
+    // Runs `act` on the chooser once it runs modally. A chooser that `act` leaves open (a
+    // failed check returns early) is cancelled, so that the test goes on.
+    void whenShown(std::function<void(QFileDialog*)> act) {
+        connect(
+            &panel_, &NAPermissionPanel::panelWillRun, this,
+            [act = std::move(act)](QFileDialog* chooser) {
+                QTimer::singleShot(0, chooser, [act, chooser] {
+                    act(chooser);
+                    if (chooser->isVisible())
+                        chooser->reject();
+                });
+            },
+            Qt::SingleShotConnection);
+    }
+
+    // The default button, as a click on it does.
+    static void confirm(QFileDialog* chooser) { static_cast<QDialog*>(chooser)->accept(); }
+
+    // Whether the chooser's list offers a folder for selection.
+    static bool listsAsEnabled(QFileDialog* chooser, const QString& hostPath) {
+        auto* files = qobject_cast<QFileSystemModel*>(chooser->proxyModel()->sourceModel());
+        if (!files)
+            return false;
+        const QModelIndex index = chooser->proxyModel()->mapFromSource(files->index(hostPath));
+        const Qt::ItemFlags flags = chooser->proxyModel()->flags(index);
+        return (flags & Qt::ItemIsEnabled) && (flags & Qt::ItemIsSelectable);
+    }
+
+    AppSandboxFileAccess& access() { return AppSandboxFileAccess::fileAccess(); }
+
+    test::GuiTestEnv env_;
+    NAPermissionPanel panel_;
+
+  private slots:
+    void initTestCase() {
+        env_.setUp();
+        access().setPermissionPanel(&panel_);
+    }
+
+    void cleanupTestCase() { access().setPermissionPanel(nullptr); }
+
+    void cleanup() { test::GuiTestEnv::removeAllDefaults(); }
+
+    void showsTheRequestAndEnablesOnlyTheAskedFolderAndItsAncestors() {
+        bool checked = false;
+        whenShown([&](QFileDialog* chooser) {
+            QCOMPARE(panel_.openPanel(), chooser);
+            QCOMPARE(chooser->windowTitle(), QStringLiteral("Allow Access"));
+            QCOMPARE(chooser->labelText(QFileDialog::Accept), QStringLiteral("Allow"));
+            auto* message = chooser->findChild<QLabel*>(QStringLiteral("messageLabel"));
+            QVERIFY(message != nullptr && message->isVisible());
+            QCOMPARE(message->text(), QStringLiteral("Sysmend needs to access this path to "
+                                                     "continue. Click Allow to continue."));
+            QVERIFY(chooser->testOption(QFileDialog::ShowDirsOnly));
+            QVERIFY(chooser->testOption(QFileDialog::ReadOnly));
+            QVERIFY(!(chooser->filter() & QDir::Hidden));
+            auto* titleArea = chooser->findChild<QWidget*>(QStringLiteral("titleAreaView"));
+            QVERIFY(titleArea != nullptr);
+            QVERIFY(titleArea->children().isEmpty());
+            QCOMPARE(titleArea->width(), chooser->width());
+
+            // The asked folder is missing: the chooser opens at its nearest existing ancestor.
+            QCOMPARE(chooser->directory().absolutePath(), env_.hostPath("/Users/alice"));
+            QVERIFY(listsAsEnabled(chooser, env_.hostPath("/Users")));
+            QVERIFY(listsAsEnabled(chooser, env_.hostPath("/Users/alice")));
+            QVERIFY(!listsAsEnabled(chooser, env_.hostPath("/Users/alice/Documents")));
+            QVERIFY(!listsAsEnabled(chooser, env_.hostPath("/Applications")));
+
+            // A folder the request does not cover cannot be confirmed.
+            chooser->setDirectory(env_.hostPath("/Users/alice/Documents"));
+            confirm(chooser);
+            QVERIFY(chooser->isVisible());
+            checked = true;
+            chooser->reject();
+        });
+        const auto chosen = access().askPermissionForUrl(folderURL("/Users/alice/Missing/Deeper"));
+        QVERIFY(checked);
+        QVERIFY(!chosen);
+        QVERIFY(panel_.openPanel() == nullptr);
+    }
+
+    void choosingTheFolderGrantsAccess() {
+        whenShown([&](QFileDialog* chooser) {
+            chooser->setDirectory(env_.hostPath("/Users/alice/Documents"));
+            confirm(chooser);
+        });
+        bool ran = false;
+        QVERIFY(access().accessFilePath(
+            "/Users/alice/Documents", [&] { ran = true; }, true));
+        QVERIFY(ran);
+        // Saved: the next start needs no chooser.
+        QVERIFY(access().startAceess(folderURL("/Users/alice/Documents"), false));
+    }
+
+    void cancellingRefusesAccessAndSavesNothing() {
+        whenShown([](QFileDialog* chooser) { chooser->reject(); });
+        bool ran = false;
+        QVERIFY(!access().accessFilePath(
+            "/Applications", [&] { ran = true; }, true));
+        QVERIFY(!ran);
+        QVERIFY(UserDefaults::standardUserDefaults().keys().empty());
+    }
+
+    void workerThreadWaitsUntilTheChooserCloses() {
+        std::atomic<bool> returned{false};
+        std::optional<bool> returnedWhileShown;
+        bool shownOnGuiThread = false;
+        whenShown([&](QFileDialog* chooser) {
+            returnedWhileShown = returned.load();
+            shownOnGuiThread = QThread::currentThread() == thread();
+            chooser->setDirectory(env_.hostPath("/Applications"));
+            confirm(chooser);
+        });
+
+        std::optional<FileURL> chosen;
+        std::thread worker([&] {
+            chosen = access().askPermissionForUrl(folderURL("/Applications"));
+            returned = true;
+        });
+        QTRY_VERIFY(returned.load());
+        worker.join();
+        QCOMPARE(returnedWhileShown, std::optional<bool>(false));
+        QVERIFY(shownOnGuiThread);
+        QVERIFY(chosen.has_value());
+        QCOMPARE(chosen->path(), std::string("/Applications"));
+    }
+};
+
+QTEST_MAIN(PermissionPanelTest)
+#include "permission_panel_test.moc"
