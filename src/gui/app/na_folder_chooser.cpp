@@ -4,6 +4,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QSortFilterProxyModel>
+#include <QUrl>
 #include <vector>
 
 #include "platform/syslog.h"
@@ -53,6 +54,10 @@ NAFolderChooser::NAFolderChooser(Filter filter, QWidget* parent)
     setFileMode(QFileDialog::Directory);
     setFilter(QDir::AllDirs | QDir::NoDotAndDotDot);  // hidden folders stay out of sight
     setProxyModel(new FolderFilterModel(this));
+    // The places beside the list are the volume's, not the host's.
+    const Volume& volume = Volume::current();
+    setSidebarUrls({QUrl::fromLocalFile(QString::fromStdString(volume.root())),
+                    QUrl::fromLocalFile(QString::fromStdString(volume.hostPath(volume.home())))});
 }
 
 void NAFolderChooser::setStartFolder(const FileURL& folder) {

@@ -19,6 +19,10 @@ void NAArpCacheHelperWC::loadWindow() {
     const QString name = objectName();
     ui_->setupUi(this);
     setObjectName(name);
+    // The sheet is sized to its content, and a wrapping label reports one line's height.
+    QLabel* text = ui_->help_text;
+    text->ensurePolished();
+    text->setFixedHeight(text->heightForWidth(text->maximumWidth()));
     connect(ui_->closeButton, &QPushButton::clicked, this, &NAArpCacheHelperWC::closeAction);
 }
 

@@ -33,12 +33,15 @@ void NAARPCachePVC::loadView() {
     about->setObjectName(QStringLiteral("about_text"));
     about->setWordWrap(true);
     about->setAlignment(Qt::AlignCenter);
-    about->setFixedWidth(460);
     about->setStyleSheet(QStringLiteral("color: rgb(96, 108, 124); font-size: 13px;"));
     about->setText(QStringLiteral(
         "Your Mac remembers the hardware addresses of the devices it talks to on your local "
         "network. When a device is replaced or changes its address, an old entry can keep your "
         "Mac from reaching it until the entry is cleared."));
+    // As tall as the wrapped text: the centring layout would give it one line's height.
+    about->setFixedWidth(460);
+    about->ensurePolished();
+    about->setFixedHeight(about->heightForWidth(460));
 
     guideButton = new QPushButton(QStringLiteral("How to View and Clear the ARP Cache"), this);
     guideButton->setObjectName(QStringLiteral("guideButton"));

@@ -19,6 +19,14 @@ FileURL preferencesFolderURL() {
     return FileURL::fileURLWithPath("/Library/Preferences", true);
 }
 
+// A wrapping label as tall as its text at `width`: a layout that centres it would otherwise
+// give it the height of an unwrapped line and cut the rest off.
+void fitToWidth(QLabel* label, int width) {
+    label->setFixedWidth(width);
+    label->ensurePolished();
+    label->setFixedHeight(label->heightForWidth(width));
+}
+
 QLabel* makeLabel(const QString& name, const QString& style, QWidget* parent) {
     auto* label = new QLabel(parent);
     label->setObjectName(name);
@@ -54,16 +62,18 @@ void NAFirewallPVC::loadView() {
     imageView->setObjectName(QStringLiteral("imageView"));
     imageView->setFixedSize(kStatusImageSize, kStatusImageSize);
     status_text = makeLabel(QStringLiteral("status_text"), kTitleStyle, statusView_);
+    status_text->setWordWrap(false);
     auto* about = makeLabel(QStringLiteral("aboutFirewall"), kBodyStyle, statusView_);
     about->setText(QStringLiteral(
         "The application firewall decides which applications and services on this Mac may "
         "accept incoming connections from the network."));
     auto* hint = makeLabel(QStringLiteral("statusHint"), kHintStyle, statusView_);
-    hint->setText(
-        QStringLiteral("Checked again every few seconds while this page is open. "
-                       "Change it in System Settings under Network › Firewall."));
+    hint->setText(QStringLiteral(
+        "Checked every few seconds while this page is open. The firewall is turned on and off "
+        "in System Settings › Network › Firewall (System Preferences › Security & Privacy on "
+        "older systems)."));
     for (QLabel* label : {about, hint})
-        label->setFixedWidth(440);
+        fitToWidth(label, 460);
     status->addWidget(imageView, 0, Qt::AlignHCenter);
     status->addSpacing(20);
     status->addWidget(status_text, 0, Qt::AlignHCenter);
@@ -83,13 +93,14 @@ void NAFirewallPVC::loadView() {
     accessIcon->setPixmap(
         namedImage(QStringLiteral("firewall"), QSize(96, 96), devicePixelRatioF()));
     auto* accessTitle = makeLabel(QStringLiteral("accessTitle"), kTitleStyle, accessView_);
+    accessTitle->setWordWrap(false);
     accessTitle->setText(QStringLiteral("Allow access to check the firewall"));
     auto* accessText = makeLabel(QStringLiteral("accessText"), kBodyStyle, accessView_);
-    accessText->setFixedWidth(460);
     accessText->setText(QStringLiteral(
         "Sysmend reads the firewall's setting from the /Library/Preferences folder. Allow "
         "access to that folder once and the status is shown here from then on. Sysmend only "
         "reads the folder; it never changes anything in it."));
+    fitToWidth(accessText, 460);
     checkBtn = new QPushButton(QStringLiteral("Allow Access…"), accessView_);
     checkBtn->setObjectName(QStringLiteral("checkBtn"));
     checkBtn->setCursor(Qt::PointingHandCursor);
