@@ -48,7 +48,6 @@ class LeftoverSheetTest : public QObject {
   private slots:
     void initTestCase() {
         env_.setUp();
-        QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/sysmend.svg")));
         QVERIFY(QDir(env_.hostPath("")).mkpath(QStringLiteral("Library/LaunchAgents")));
         QFile agent(env_.hostPath("/Library/LaunchAgents/com.example.agent.plist"));
         QVERIFY(agent.open(QIODevice::WriteOnly));

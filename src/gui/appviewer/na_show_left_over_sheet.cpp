@@ -87,8 +87,10 @@ void NAShowLeftOverSheet::loadWindow() {
     }
     ownFiles_.clear();
     leftOverFiles_ = &ownFiles_;
-    ui_->appIconImageView->setPixmap(
-        QApplication::windowIcon().pixmap(QSize(56, 56), devicePixelRatioF()));
+    QIcon icon = QApplication::windowIcon();
+    if (icon.isNull())
+        icon = QIcon(QStringLiteral(":/icons/sysmend.svg"));
+    ui_->appIconImageView->setPixmap(icon.pixmap(QSize(56, 56), devicePixelRatioF()));
     loaded_ = true;
     reloadTable();
 }
