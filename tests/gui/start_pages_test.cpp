@@ -8,18 +8,23 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QThreadPool>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 
 #include "adware/adware_scan.h"
 #include "adware/na_adware_removal_pvc.h"
+#include "adware/na_groups_hvc.h"
 #include "adware/signature_database.h"
 #include "adware/signature_loader.h"
 #include "app/app_delegate.h"
 #include "app/na_start_page.h"
 #include "gui_test_env.h"
 #include "platform/syslog.h"
+#include "startup/na_start_items_hvc.h"
 #include "support/fake_volume.h"
+#include "tools/na_tools.h"
+#include "ui/na_result_cell_views.h"
 #include "ui/na_sheet.h"
 
 using namespace sysmend;
@@ -27,6 +32,32 @@ using namespace sysmend;
 namespace {
 
 enum Row { Crashes = 1, AppViewer = 3, StartupItems = 4, Vexbane = 7 };
+
+template <class Cell>
+Cell* cellAt(const NATableView* table, int row) {
+    return qobject_cast<Cell*>(table->cellWidget(row));
+}
+
+void click(QWidget* widget) {
+    QVERIFY(widget != nullptr);
+    QVERIFY(widget->isVisible());
+    QTest::mouseClick(widget, Qt::LeftButton);
+}
+
+// Selects the row of the group titled so in the result page's group table.
+void selectGroup(NAResultListHVC* page, const std::string& title) {
+    const NAGroupObjArray& groups = page->groups();
+    for (std::size_t row = 0; row < groups.size(); ++row) {
+        if (groups[row]->title() != title)
+            continue;
+        NATableView* table = page->g_table();
+        const QRect rect = table->visualRect(table->model()->index(static_cast<int>(row), 0));
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, rect.center() + QPoint(60, 0));
+        QCOMPARE(table->selectedRow(), static_cast<int>(row));
+        return;
+    }
+    QFAIL("no such group");
+}
 
 QStringList titlesOf(const NAGroupObjArray& groups) {
     QStringList titles;
@@ -162,7 +193,8 @@ class StartPagesTest : public QObject {
         volume_.reset();
     }
 
-    void crashReportsAreGroupedByApplicationAndHandedOver() {
+    // Scan, result page, uncheck, Remove, start over and scan again, all by clicks.
+    void crashReportsFromScanToRemovalAndBack() {
         volume_->addAppBundle("/Applications", "CloudSync", "com.example.cloudsync");
         volume_->addAppBundle("/Applications", "Tune Player", "org.example.tuneplayer");
         volume_->addCrashReport("CloudSync_1.crash", "com.example.cloudsync");
@@ -177,37 +209,71 @@ class StartPagesTest : public QObject {
         auto* page = qobject_cast<NAStartPage*>(delegate_->controllerView());
         QVERIFY(page != nullptr && page == delegate_->PVC(crashes));
         pressStart(page);
-
         QTRY_COMPARE(crashes.displayState(), std::int64_t{1});
         QCOMPARE(titlesOf(crashes.groups()), QStringList({"CloudSync[2]", "Tune Player[1]"}));
         QVERIFY(!crashes.isNeedRefresh());
         QVERIFY(showsResultPage(Crashes));
-        QCOMPARE(delegate_->c_title_text()->text(), QStringLiteral("Crashes"));
-        QVERIFY(page->progressPanel() != nullptr);
         QVERIFY(sheetParent(page->progressPanel()) == nullptr);
-        QVERIFY(!page->isSmartScaing());
+
+        auto* result = qobject_cast<NAGroupsHVC*>(delegate_->HVC(crashes));
+        QVERIFY(result != nullptr);
+        QCOMPARE(result->g_table()->rowCount(), 2);
+        selectGroup(result, "CloudSync");
+        click(cellAt<NAGroupTableBaseCellView>(result->g_table(), result->g_table()->selectedRow())
+                  ->checkBtn);
+        click(cellAt<NAFilelistCellBaseView>(result->c_table(), 1)->checkBtn);
+        const NAFileobjArray reports = result->currentGroup()->contents();
+        QCOMPARE(result->summaryLabel()->text(),
+                 QString::fromStdString("1 files | " + recal_size(reports[0]->fileSize())));
+
+        click(result->removeButton());
+        QVERIFY(!std::filesystem::exists(volume_->host(reports[0]->filePath())));
+        QVERIFY(std::filesystem::exists(volume_->host(reports[1]->filePath())));
+
+        click(delegate_->startOverBtn());
+        QCOMPARE(crashes.displayState(), std::int64_t{0});
+        QVERIFY(delegate_->controllerView() == page);
+        pressStart(page);
+        QTRY_COMPARE(crashes.displayState(), std::int64_t{1});
+        QCOMPARE(titlesOf(crashes.groups()), QStringList({"CloudSync[1]", "Tune Player[1]"}));
+        QVERIFY(showsResultPage(Crashes));
     }
 
-    void startupItemsOfInstalledApplicationsAreAppendedAndHandedOver() {
+    void startupItemsFromScanToTheListAndBack() {
         volume_->addAppBundle("/Applications", "CloudSync", "com.example.cloudsync");
-        volume_->addLaunchJob(volume_->home() + "/Library/LaunchAgents",
-                              "com.example.cloudsync.plist", "com.example.cloudsync");
+        const std::string job =
+            volume_->addLaunchJob(volume_->home() + "/Library/LaunchAgents",
+                                  "com.example.cloudsync.plist", "com.example.cloudsync");
         volume_->addLaunchJob("/Library/LaunchAgents", "com.example.cloudsync.helper.plist",
                               "com.example.cloudsync");
         volume_->addLaunchJob("/Library/LaunchDaemons", "org.example.tool.plist",
                               "org.example.tool");  // names no application
         grantHome();
         NACategoryObj& startup = category(StartupItems);
-        // Starting over empties the groups; the scan itself only appends.
-        startup.groups().push_back(std::make_shared<NAGroupObj>("Earlier", ImageRef::none()));
 
-        pressStart(showTool(StartupItems));
-
+        NAStartPage* page = showTool(StartupItems);
+        pressStart(page);
         QTRY_COMPARE(startup.displayState(), std::int64_t{1});
-        QCOMPARE(titlesOf(startup.groups()),
-                 QStringList({"Earlier[0]", "CloudSync[1]", "CloudSync[1]"}));
+        QCOMPARE(titlesOf(startup.groups()), QStringList({"CloudSync[1]", "CloudSync[1]"}));
         QVERIFY(showsResultPage(StartupItems));
-        QVERIFY(!startup.isNeedRefresh());
+
+        auto* result = qobject_cast<NAStartItemsHVC*>(delegate_->HVC(startup));
+        QVERIFY(result != nullptr);
+        QCOMPARE(result->g_table()->rowCount(), 2);
+        click(cellAt<NAGroupTableBaseCellView>(result->g_table(), 0)->checkBtn);
+        const auto& item = startup.groups()[0]->contents()[0];
+        QCOMPARE(result->summaryLabel()->text(),
+                 QString::fromStdString("1 files | " + recal_size(item->fileSize())));
+        click(result->removeButton());  // takes nothing off a startup list, deletes nothing
+        QVERIFY(std::filesystem::exists(volume_->host(job)));
+        QCOMPARE(startup.groups().size(), std::size_t{2});
+
+        // Starting over empties the list, so the next scan does not add to the old one.
+        click(delegate_->startOverBtn());
+        QVERIFY(delegate_->controllerView() == page);
+        pressStart(page);
+        QTRY_COMPARE(startup.displayState(), std::int64_t{1});
+        QCOMPARE(titlesOf(startup.groups()), QStringList({"CloudSync[1]", "CloudSync[1]"}));
     }
 
     void applicationsAreListedWithoutAskingForAFolder() {
