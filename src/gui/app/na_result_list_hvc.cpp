@@ -72,6 +72,8 @@ void NAResultListHVC::loadView() {
     g_table_->setRowHeight(kGroupRowHeight);
     g_table_->setRowView(rowViewForRow(g_table_, 0));
     g_table_->setAllowsEmptySelection(false);
+    // The arrow keys move through the groups once the list has been clicked.
+    g_table_->setFocusPolicy(Qt::StrongFocus);
     g_table_->setTableDelegate(this);
     tables->addWidget(g_table_);
 
