@@ -4,8 +4,8 @@
 //
 // The page keeps no copy of the result: its category owns the groups, and the tables are
 // model adapters that read them anew (ui/na_group_models.h). Whatever changes the groups in
-// place (Remove, start over, the display filter) does so through changeResult, inside a reset
-// of both models. The group table always keeps a row selected while it has rows, and the
+// place (Remove, start over, the display filter) does so inside a reset of the models that
+// show them. The group table always keeps a row selected while it has rows, and the
 // content table shows that row's group (currentGroup).
 //
 // A check-box click on either table sets the mark of the row's record in the engine, which
