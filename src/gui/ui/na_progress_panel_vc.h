@@ -18,9 +18,9 @@
 #include <QString>
 #include <cstdint>
 
-namespace sysmend {
+#include "app/na_root_pvc.h"
 
-class NARootPVC;
+namespace sysmend {
 
 class NAProgressPanelVC : public QDialog {
     Q_OBJECT
