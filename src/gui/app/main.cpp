@@ -14,6 +14,8 @@ int main(int argc, char* argv[]) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Sysmend"));
     QApplication::setOrganizationDomain(QStringLiteral("qvarlo.net"));
+    // The id the desktop entry is installed under, so that Wayland matches the window to it.
+    QGuiApplication::setDesktopFileName(QStringLiteral("net.qvarlo.Sysmend"));
     sysmend::initGuiResources();
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/sysmend.svg")));
 
