@@ -13,7 +13,7 @@ namespace sysmend {
 
 namespace {
 
-// About one frame: visits that come faster are shown as the latest of them.
+// About one frame: visits that come faster are not shown one by one.
 constexpr std::chrono::milliseconds kShowInterval(16);
 
 }  // namespace
@@ -78,7 +78,7 @@ void NAAdwareRemovalPVC::scanAdware() {
             // GUI thread, once the scan has returned: the last counts, then the sheet ends and
             // its completion shows the result page.
             [this] {
-                deliverVisit(true);
+                scanningPath({scan_->scanningFile(), scan_->scanedFiles(), scan_->threadFiles()});
                 endSheet(progressPanel2vc_, kModalResponseContinue);
                 pauseTimer(timer_);
             });
@@ -94,8 +94,6 @@ void NAAdwareRemovalPVC::initargs() {
         scan_->initargs();  // the groups, the findings and the stop flag
     stop = false;
     scanningFile_ = QString::fromStdString(Volume::current().home());
-    const std::lock_guard<std::mutex> lock(visitMutex_);
-    latestVisit_.reset();
 }
 
 void NAAdwareRemovalPVC::update() {
@@ -123,39 +121,20 @@ const TreatArray& NAAdwareRemovalPVC::treats() const {
 
 void NAAdwareRemovalPVC::relayVisit(const std::string& path, std::int64_t scanned,
                                     std::int64_t threats) {
-    const std::lock_guard<std::mutex> lock(visitMutex_);
-    latestVisit_ = Visit{path, scanned, threats};
-    if (deliveryPosted_)
-        return;  // the waiting delivery will show this visit instead
-    deliveryPosted_ = true;
+    // Only this thread sets the flag, so testing before setting it is no race.
+    if (deliveryPending_.load(std::memory_order_relaxed))
+        return;
+    deliveryPending_.store(true, std::memory_order_relaxed);
     // The page waits for its scan before it goes, so it is alive here.
     QMetaObject::invokeMethod(
-        this, [this] { deliverVisit(); }, Qt::QueuedConnection);
+        this, [this, visit = Visit{path, scanned, threats}] { showVisit(visit); },
+        Qt::QueuedConnection);
 }
 
-void NAAdwareRemovalPVC::deliverVisit(bool now) {
-    Visit visit;
-    {
-        const std::lock_guard<std::mutex> lock(visitMutex_);
-        if (!latestVisit_) {
-            deliveryPosted_ = false;
-            return;
-        }
-        const Clock::duration since = Clock::now() - lastShown_;
-        if (!now && since < kShowInterval) {
-            // Still one delivery waiting: later visits only replace the one it will show.
-            const auto wait =
-                std::chrono::duration_cast<std::chrono::milliseconds>(kShowInterval - since);
-            QTimer::singleShot(wait + std::chrono::milliseconds(1), this,
-                               [this] { deliverVisit(); });
-            return;
-        }
-        visit = std::move(*latestVisit_);
-        latestVisit_.reset();
-        deliveryPosted_ = false;
-    }
-    lastShown_ = Clock::now();
+void NAAdwareRemovalPVC::showVisit(const Visit& visit) {
     scanningPath(visit);
+    QTimer::singleShot(kShowInterval, this,
+                       [this] { deliveryPending_.store(false, std::memory_order_relaxed); });
 }
 
 void NAAdwareRemovalPVC::scanningPath(const Visit& visit) {

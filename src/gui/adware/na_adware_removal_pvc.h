@@ -3,17 +3,18 @@
 // grouped by threat, over to the result page.
 //
 // GUI thread only. The scan runs on a pool thread and reads the page's stop flag, which the
-// sheet's Stop button raises; its visits come back to the GUI thread as posted calls, at most
-// one waiting at a time, so a scan of hundreds of thousands of files cannot fill the event
-// queue. The counts shown are exact once the sheet has ended.
+// sheet's Stop button raises. Its visits come back to the GUI thread as posted calls, at most
+// one waiting at a time and about one a frame, so a scan of hundreds of thousands of files
+// neither fills the event queue nor slows down to show them; the counts and the path shown
+// are the scan's exact ones once it has returned.
 #pragma once
 
 #include <QString>
 #include <QTimer>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 #include "adware/adware_scan.h"
@@ -75,11 +76,11 @@ class NAAdwareRemovalPVC : public NAStartPage {
         std::int64_t threats = 0;
     };
 
-    // Pool thread: keeps the latest visit and posts its delivery unless one is waiting.
+    // Pool thread: posts a copy of the visit unless a delivery is still waiting or was shown
+    // less than a frame ago; the others are only counted by the scan.
     void relayVisit(const std::string& path, std::int64_t scanned, std::int64_t threats);
-    // GUI thread: shows the latest visit, if it has not been shown; without `now`, no more
-    // often than the screen can show it.
-    void deliverVisit(bool now = false);
+    // GUI thread: shows the visit and lets the next one be posted a frame later.
+    void showVisit(const Visit& visit);
     void scanningPath(const Visit& visit);
 
     std::shared_ptr<AdwareScan> scan_;
@@ -90,11 +91,8 @@ class NAAdwareRemovalPVC : public NAStartPage {
     std::int64_t threadFiles_ = 0;
     QString timeelapsed_;
     QString scanningFile_;
-
-    std::mutex visitMutex_;
-    std::optional<Visit> latestVisit_;  // not yet shown; guarded by visitMutex_
-    bool deliveryPosted_ = false;       // guarded by visitMutex_
-    Clock::time_point lastShown_{};     // GUI thread
+    // Set by the scan's thread when it posts a visit, cleared by the GUI thread.
+    std::atomic<bool> deliveryPending_{false};
 };
 
 }  // namespace sysmend
