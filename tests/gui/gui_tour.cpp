@@ -11,6 +11,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
+#include <QFileDialog>
 #include <QPainter>
 #include <QProcess>
 #include <QPushButton>
@@ -21,13 +23,16 @@
 
 #include "adware/na_adware_removal_pvc.h"
 #include "app/app_delegate.h"
+#include "app/na_result_list_hvc.h"
 #include "app/na_start_page.h"
+#include "appviewer/na_show_left_over_sheet.h"
 #include "network/na_arp_cache_helper_wc.h"
 #include "network/na_arp_cache_pvc.h"
 #include "network/na_firewall_pvc.h"
 #include "platform/volume.h"
 #include "sandbox/app_sandbox_file_access.h"
 #include "ui/na_progress_panel_vc.h"
+#include "ui/na_sheet.h"
 #include "ui/named_image.h"
 
 using namespace sysmend;
@@ -146,6 +151,96 @@ class Tour {
             page->helpWC()->closeAction();
     }
 
+    // The home-folder prompt of a user who has not granted it yet; cancelled.
+    void homeFolderPrompt() {
+        select(Crashes);
+        auto* page = qobject_cast<NARootPVC*>(delegate_.controllerView());
+        if (!page) {
+            fail(QStringLiteral("prompt: no page"));
+            return;
+        }
+        bool answered = false;
+        page->grantUserPermission([&](bool) { answered = true; });
+        if (!waitFor([&] { return page->userOpenpanel() && page->userOpenpanel()->isVisible(); },
+                     3000)) {
+            fail(QStringLiteral("prompt: no chooser"));
+            return;
+        }
+        QTest::qWait(200);
+        shoot(QStringLiteral("home-folder-prompt"));
+        page->userOpenpanel()->reject();
+        waitFor([&] { return answered; }, 3000);
+    }
+
+    // A sheet of a page shown again over its window, to see it at rest.
+    void shootSheet(QDialog* sheet, const QString& name) {
+        if (!sheet) {
+            fail(name + QStringLiteral(": no sheet"));
+            return;
+        }
+        beginSheet(delegate_.window(), sheet, {});
+        QTest::qWait(100);
+        shoot(name);
+        endSheet(sheet);
+    }
+
+    void waitingSheet() {
+        select(Crashes);
+        auto* page = qobject_cast<NAStartPage*>(delegate_.controllerView());
+        shootSheet(page ? page->progressPanel() : nullptr, QStringLiteral("waiting-sheet"));
+    }
+
+    void scanSheet() {
+        select(Vexbane);
+        auto* page = qobject_cast<NAAdwareRemovalPVC*>(delegate_.controllerView());
+        NAProgressPanel2VC* sheet = page ? page->progressPanel2vc() : nullptr;
+        if (sheet)
+            sheet->setTime_used(QStringLiteral("Time Elapsed: 00:00:01"));
+        shootSheet(sheet, QStringLiteral("vexbane-scan-sheet"));
+    }
+
+    // Vexbane again, with one finding gone from the disk before Remove: it lands on the
+    // leftovers sheet while the others are removed.
+    void leftovers(const QString& volume) {
+        select(Vexbane);
+        auto* start = qobject_cast<NAStartPage*>(delegate_.controllerView());
+        if (!start || !start->startButton()) {
+            fail(QStringLiteral("leftovers: no start page"));
+            return;
+        }
+        start->startButton()->click();
+        if (!waitFor([&] { return category(Vexbane).displayState() == 1; })) {
+            fail(QStringLiteral("leftovers: no result page"));
+            return;
+        }
+        QTest::qWait(150);
+        const QString gone = volume + QStringLiteral("/Users/alice/Library/Safari/my-homepage.xml");
+        if (!QFile::remove(gone))
+            fail(QStringLiteral("leftovers: could not take away %1").arg(gone));
+        auto* page = qobject_cast<NAResultListHVC*>(delegate_.controllerView());
+        if (!page || !page->removeButton()) {
+            fail(QStringLiteral("leftovers: no result page"));
+            return;
+        }
+        page->removeButton()->click();
+        NAShowLeftOverSheet* sheet = nullptr;
+        if (!waitFor(
+                [&] {
+                    sheet = page->showloftoversheet();
+                    return sheet && sheetParent(sheet);
+                },
+                3000)) {
+            fail(QStringLiteral("leftovers: no sheet"));
+            return;
+        }
+        QTest::qWait(150);
+        shoot(QStringLiteral("vexbane-leftovers"));
+        sheet->doneActiobn();
+        QTest::qWait(50);
+        shoot(QStringLiteral("vexbane-after-remove"));
+        delegate_.startOverBtn()->click();
+    }
+
   private:
     AppDelegate& delegate_;
     QString out_;
@@ -173,11 +268,6 @@ int main(int argc, char* argv[]) {
     const QString out = argc > 1 ? QString::fromLocal8Bit(argv[1]) : scratch.path();
     QDir().mkpath(out);
 
-    // A user who granted the folders before: no chooser comes up.
-    AppSandboxFileAccess& access = AppSandboxFileAccess::fileAccess();
-    for (const char* folder : {"/Users/alice", "/Applications", "/Library/Preferences"})
-        access.persistPermissionPath(folder);
-
     AppDelegate delegate;
     delegate.applicationDidFinishLaunching();
     delegate.window()->show();
@@ -185,11 +275,20 @@ int main(int argc, char* argv[]) {
 
     Tour tour(delegate, out);
     tour.shoot(QStringLiteral("launch"));
+    tour.homeFolderPrompt();
+
+    // From here on, a user who granted the folders: no chooser comes up.
+    AppSandboxFileAccess& access = AppSandboxFileAccess::fileAccess();
+    for (const char* folder : {"/Users/alice", "/Applications", "/Library/Preferences"})
+        access.persistPermissionPath(folder);
     tour.scanTool(Crashes, QStringLiteral("crashes"));
     tour.arpCache();
     tour.scanTool(AppViewer, QStringLiteral("app-viewer"));
     tour.scanTool(StartupItems, QStringLiteral("startup-items"));
     tour.firewall();
     tour.scanTool(Vexbane, QStringLiteral("vexbane"));
+    tour.waitingSheet();
+    tour.scanSheet();
+    tour.leftovers(volume);
     return failures == 0 ? 0 : 1;
 }
