@@ -314,6 +314,26 @@ class ResultPagesTest : public QObject {
         QVERIFY(page->viewForTableColumn(page->c_table(), 1) == nullptr);
     }
 
+    // Made on a visit while a scan may still be filling the groups: nothing is read until the
+    // hand-over.
+    void aPageMadeBeforeTheHandOverReadsNoGroups() {
+        auto category = std::make_shared<NACategoryObj>("Vexbane", ImageRef::none());
+        category->groups() = {checkedGroup("Genieo", {finding("/Users/alice/genieo")})};
+        auto page = std::make_unique<NAGroupsHVC>();
+        page->setCategoryObj(category);
+        page->loadView();
+        page->resize(720, 540);
+        page->show();
+        QCOMPARE(page->g_table()->rowCount(), 0);
+        QVERIFY(!page->removeButton()->isEnabled());
+
+        category->setIsNeedRefresh(true);
+        page->needRefreshUI();
+        QCOMPARE(page->g_table()->rowCount(), 1);
+        QCOMPARE(page->c_table()->rowCount(), 1);
+        QVERIFY(page->removeButton()->isEnabled());
+    }
+
     void theAppViewerShowsTheSelectedApplicationAndRemovesNothing() {
         auto category = std::make_shared<NACategoryObj>("App Viewer", ImageRef::none());
         for (int app = 0; app < 200; ++app) {

@@ -411,6 +411,40 @@ class StartPagesTest : public QObject {
         QVERIFY(showsResultPage(Vexbane));
     }
 
+    // Done closes the sheet while the scan runs: the scan is stopped, and the result page
+    // follows only once it has returned.
+    void doneDuringTheAdwareScanHandsOverWhenTheScanHasReturned() {
+        useDatabase();
+        addAdware();
+        grantHome();
+        auto* page = qobject_cast<NAAdwareRemovalPVC*>(showTool(Vexbane));
+        QVERIFY(page != nullptr);
+
+        QThreadPool* pool = &NAStartPage::scanPool();
+        const int threads = pool->maxThreadCount();
+        pool->setMaxThreadCount(1);
+        QSemaphore release;
+        pool->start([&release] { release.acquire(); });
+        pressStart(page);
+        NAProgressPanel2VC* sheet = page->progressPanel2vc();
+        QVERIFY(sheet != nullptr && sheet->doneButton != nullptr);
+        QTest::mouseClick(sheet->doneButton, Qt::LeftButton);
+        QVERIFY(sheetParent(sheet) == nullptr);
+        QVERIFY(page->stop);
+        NACategoryObj& adware = category(Vexbane);
+        QCoreApplication::processEvents();
+        QCOMPARE(adware.displayState(), std::int64_t{0});
+        QVERIFY(page->isSmartScaing());
+        release.release();
+
+        QTRY_COMPARE(adware.displayState(), std::int64_t{1});
+        pool->waitForDone();
+        pool->setMaxThreadCount(threads);
+        QVERIFY(!page->isSmartScaing());
+        QVERIFY(!page->timer()->isActive());
+        QVERIFY(showsResultPage(Vexbane));
+    }
+
     void adwarePageWorksWithoutItsDatabaseAndShowsTheElapsedTime() {
         const std::string file = files_.filePath(QStringLiteral("broken.cx")).toStdString();
         std::ofstream(file) << "not a database";

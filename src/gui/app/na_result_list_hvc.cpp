@@ -60,8 +60,9 @@ void NAResultListHVC::loadView() {
     tables->setContentsMargins(0, 0, 0, 0);
     tables->setSpacing(0);
 
+    // Bound to the category's groups by the first reloadData, at the hand-over: the page may
+    // be made on a visit while a scan still fills them.
     groupsModel_ = new NAGroupsModel(this);
-    groupsModel_->setCategoryObj(categoryObj());
     contentsModel_ = new NAGroupContentsModel(this);
 
     g_table_ = new NATableView;
@@ -102,7 +103,7 @@ void NAResultListHVC::loadView() {
 
     removeFaildFiles_.clear();
     contents_view_superview_->setHiddenSubviews(false);
-    refreshBottomBar();
+    refreshBottomBar(false);
 }
 
 void NAResultListHVC::buildBottomBar(QWidget* bar) {
@@ -171,10 +172,10 @@ void NAResultListHVC::updateCheckState() {
     }
     const auto category = categoryObj();
     willCleanSize_ = category ? sysmend::updateCheckState(*category).willCleanSize : 0;
-    refreshBottomBar();
+    refreshBottomBar(anyGroupChecked());
 }
 
-void NAResultListHVC::refreshBottomBar() {
+void NAResultListHVC::refreshBottomBar(bool removable) {
     if (!summaryLabel_)
         return;
     const auto category = categoryObj();
@@ -182,7 +183,7 @@ void NAResultListHVC::refreshBottomBar() {
     const std::string title = category ? category->btnTitle() : std::string();
     removeButton_->setText(title.empty() ? QStringLiteral("Remove")
                                          : QString::fromStdString(title));
-    removeButton_->setEnabled(anyGroupChecked());
+    removeButton_->setEnabled(removable);
 }
 
 void NAResultListHVC::startOver(QObject*) {
@@ -196,7 +197,7 @@ void NAResultListHVC::startOver(QObject*) {
     setDisplayIndex(0);
     if (contents_view_superview_)
         contents_view_superview_->setHiddenSubviews(false);
-    refreshBottomBar();
+    refreshBottomBar(false);
     // A page that is not placed in the window has nothing to switch away from.
     if (parentWidget() && AppDelegate::current())
         AppDelegate::current()->displayViewController(*category);

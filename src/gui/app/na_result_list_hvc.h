@@ -43,7 +43,8 @@ class NAResultListHVC : public NARootHVC, public NATableViewDelegate {
     explicit NAResultListHVC(QWidget* parent = nullptr);
     ~NAResultListHVC() override;
 
-    // Builds the tables and the bottom bar; the content area starts shown.
+    // Builds the tables and the bottom bar; the content area starts shown. The groups are not
+    // read until the first reloadData (the hand-over): a scan may still be filling them.
     void loadView() override;
 
     // When the category's isNeedRefresh is set (a scan has just handed over): sorts the
@@ -134,7 +135,9 @@ class NAResultListHVC : public NARootHVC, public NATableViewDelegate {
   private:
     void buildBottomBar(QWidget* bar);
     void showGroupAtSelectedRow();
-    void refreshBottomBar();
+    // The summary and the button's title from the category; Remove enabled as `removable`
+    // says (it reads no groups itself).
+    void refreshBottomBar(bool removable);
 
     NAGroupsModel* groupsModel_ = nullptr;
     NAGroupContentsModel* contentsModel_ = nullptr;
