@@ -23,34 +23,19 @@ void NAGroupsHVC::removeAction(QObject* sender) {
 }
 
 void NAGroupsHVC::remove_adware_action(QObject*) {
-    const auto category = categoryObj();
-    if (!category || !anyGroupChecked())
-        return;
-    beginProgressSheet([this] {
-        reloadTables();
-        updateCheckState();
-    });
-    changeResult([&] { sysmend::remove_adware_action(*category, removeFaildFiles()); });
-    reloadData();
-    if (groups().empty())
-        contents_view_superview()->setHiddenSubviews(true);
-    endProgressSheet();
-    if (!removeFaildFiles().empty())
+    const bool removed = removeBehindProgressSheet(
+        [this](NACategoryObj& category) {
+            sysmend::remove_adware_action(category, removeFaildFiles());
+        },
+        [this] { reloadData(); });
+    // After the progress sheet has ended: what could not be deleted.
+    if (removed && !removeFaildFiles().empty())
         showLeftOvers();
 }
 
 void NAGroupsHVC::remove_normal_objects_action(QObject*) {
-    const auto category = categoryObj();
-    if (!category || !anyGroupChecked())
-        return;
-    beginProgressSheet([this] {
-        reloadTables();
-        if (groups().empty())
-            contents_view_superview()->setHiddenSubviews(true);
-        updateCheckState();
-    });
-    changeResult([&] { sysmend::remove_normal_objects_action(*category); });
-    endProgressSheet();
+    removeBehindProgressSheet(
+        [](NACategoryObj& category) { sysmend::remove_normal_objects_action(category); });
 }
 
 QWidget* NAGroupsHVC::contentViewForRow(const std::shared_ptr<NAFileobj>& item) {

@@ -216,15 +216,30 @@ void NAResultListHVC::setDisplayIndex(std::int64_t index) {
 }
 
 void NAResultListHVC::removeAction(QObject*) {
+    removeBehindProgressSheet([](NACategoryObj& category) { sysmend::removeAction(category); });
+}
+
+bool NAResultListHVC::removeBehindProgressSheet(const std::function<void(NACategoryObj&)>& removal,
+                                                const std::function<void()>& beforeSheetEnds) {
     const auto category = categoryObj();
     if (!category || !anyGroupChecked())
-        return;
-    beginProgressSheet([this] {
+        return false;
+    if (!progressPanel_) {
+        progressPanel_ = new NAProgressPanelVC(QStringLiteral("NAProgressPanelVC"), this);
+        progressPanel_->loadWindow();
+    }
+    beginSheet(this, progressPanel_, [this](int) {
         reloadTables();
+        if (groups().empty())
+            contents_view_superview_->setHiddenSubviews(true);
         updateCheckState();
     });
-    changeResult([&] { sysmend::removeAction(*category); });
-    endProgressSheet();
+    // On the GUI thread, with the sheet up; the sheet ends in this call.
+    changeResult([&] { removal(*category); });
+    if (beforeSheetEnds)
+        beforeSheetEnds();
+    endSheet(progressPanel_, kModalResponseContinue);
+    return true;
 }
 
 void NAResultListHVC::changeResult(const std::function<void()>& change) {
@@ -251,21 +266,6 @@ void NAResultListHVC::showGroupAtSelectedRow() {
         return;
     currentGroup_ = std::move(group);
     contentsModel_->setGroup(currentGroup_);
-}
-
-void NAResultListHVC::beginProgressSheet(std::function<void()> completion) {
-    if (!progressPanel_) {
-        progressPanel_ = new NAProgressPanelVC(QStringLiteral("NAProgressPanelVC"), this);
-        progressPanel_->loadWindow();
-    }
-    beginSheet(this, progressPanel_, [completion = std::move(completion)](int) {
-        if (completion)
-            completion();
-    });
-}
-
-void NAResultListHVC::endProgressSheet() {
-    endSheet(progressPanel_, kModalResponseContinue);
 }
 
 void NAResultListHVC::showLeftOvers() {

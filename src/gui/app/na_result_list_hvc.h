@@ -123,10 +123,13 @@ class NAResultListHVC : public NARootHVC, public NATableViewDelegate {
     // Reloads both tables and shows the group of the selected row.
     void reloadTables();
 
-    // Begins the removal's progress sheet on the page's window (made on first use), with
-    // `completion` run when it ends; endProgressSheet ends it.
-    void beginProgressSheet(std::function<void()> completion);
-    void endProgressSheet();
+    // A Remove, when some group is checked: the progress sheet (made on first use) is shown
+    // while `removal` changes the category's groups inside a reset of both models, then
+    // `beforeSheetEnds` runs and the sheet ends; its completion reloads both tables, hides the
+    // content area when no group is left and recomputes the summary. False, with nothing
+    // shown, when no group is checked.
+    bool removeBehindProgressSheet(const std::function<void(NACategoryObj&)>& removal,
+                                   const std::function<void()>& beforeSheetEnds = {});
     // Shows the leftovers sheet with removeFaildFiles (made on first use).
     void showLeftOvers();
 
