@@ -63,9 +63,36 @@ Qt::CheckState checkStateForMark(std::int64_t mark) {
     return Qt::PartiallyChecked;
 }
 
+// --- NAEngineListModel --------------------------------------------------------------------
+
+void NAEngineListModel::reload() {
+    changeRows([] {});
+}
+
+void NAEngineListModel::checkMarksChanged() {
+    if (count_ > 0)
+        emit dataChanged(index(0, 0), index(count_ - 1, 0), {Qt::CheckStateRole, MarkRole});
+}
+
+int NAEngineListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : count_;
+}
+
+int NAEngineListModel::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : 1;
+}
+
+bool NAEngineListModel::rowInRange(int row, std::size_t arraySize) const {
+    return row >= 0 && row < count_ && static_cast<std::size_t>(row) < arraySize;
+}
+
+void NAEngineListModel::markChanged(const QModelIndex& index) {
+    emit dataChanged(index, index, {Qt::CheckStateRole, MarkRole});
+}
+
 // --- NAGroupsModel ------------------------------------------------------------------------
 
-NAGroupsModel::NAGroupsModel(QObject* parent) : QAbstractTableModel(parent) {}
+NAGroupsModel::NAGroupsModel(QObject* parent) : NAEngineListModel(parent) {}
 
 void NAGroupsModel::setCategoryObj(std::weak_ptr<NACategoryObj> category) {
     changeGroups([&] { category_ = std::move(category); });
@@ -78,35 +105,17 @@ int NAGroupsModel::actualCount() const {
 
 std::shared_ptr<NAGroupObj> NAGroupsModel::groupAt(int row) const {
     const auto category = category_.lock();
-    if (!category || row < 0 || row >= count_ ||
-        static_cast<std::size_t>(row) >= category->groups().size())
+    if (!category || !rowInRange(row, category->groups().size()))
         return nullptr;
     return category->groups()[static_cast<std::size_t>(row)];
 }
 
 int NAGroupsModel::rowOfGroup(const NAGroupObj* group) const {
-    for (int row = 0; row < count_; ++row) {
+    for (int row = 0; row < rowCount(); ++row) {
         if (groupAt(row).get() == group)
             return row;
     }
     return -1;
-}
-
-void NAGroupsModel::reload() {
-    changeGroups([] {});
-}
-
-void NAGroupsModel::checkMarksChanged() {
-    if (count_ > 0)
-        emit dataChanged(index(0, 0), index(count_ - 1, 0), {Qt::CheckStateRole, MarkRole});
-}
-
-int NAGroupsModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : count_;
-}
-
-int NAGroupsModel::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : 1;
 }
 
 QVariant NAGroupsModel::data(const QModelIndex& index, int role) const {
@@ -133,7 +142,7 @@ bool NAGroupsModel::setData(const QModelIndex& index, const QVariant& value, int
     if (!group || !mark || !(flags(index) & Qt::ItemIsUserCheckable))
         return false;
     group->setIsChecked(*mark);
-    emit dataChanged(index, index, {Qt::CheckStateRole, MarkRole});
+    markChanged(index);
     return true;
 }
 
@@ -149,13 +158,10 @@ Qt::ItemFlags NAGroupsModel::flags(const QModelIndex& index) const {
 
 // --- NAGroupContentsModel -----------------------------------------------------------------
 
-NAGroupContentsModel::NAGroupContentsModel(QObject* parent) : QAbstractTableModel(parent) {}
+NAGroupContentsModel::NAGroupContentsModel(QObject* parent) : NAEngineListModel(parent) {}
 
 void NAGroupContentsModel::setGroup(std::shared_ptr<NAGroupObj> group) {
-    beginResetModel();
-    group_ = std::move(group);
-    count_ = actualCount();
-    endResetModel();
+    changeContents([&] { group_ = std::move(group); });
 }
 
 int NAGroupContentsModel::actualCount() const {
@@ -163,29 +169,9 @@ int NAGroupContentsModel::actualCount() const {
 }
 
 std::shared_ptr<NAFileobj> NAGroupContentsModel::itemAt(int row) const {
-    if (!group_ || row < 0 || row >= count_ ||
-        static_cast<std::size_t>(row) >= group_->contents().size())
+    if (!group_ || !rowInRange(row, group_->contents().size()))
         return nullptr;
     return group_->contents()[static_cast<std::size_t>(row)];
-}
-
-void NAGroupContentsModel::reload() {
-    beginResetModel();
-    count_ = actualCount();
-    endResetModel();
-}
-
-void NAGroupContentsModel::checkMarksChanged() {
-    if (count_ > 0)
-        emit dataChanged(index(0, 0), index(count_ - 1, 0), {Qt::CheckStateRole, MarkRole});
-}
-
-int NAGroupContentsModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : count_;
-}
-
-int NAGroupContentsModel::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : 1;
 }
 
 QVariant NAGroupContentsModel::data(const QModelIndex& index, int role) const {
@@ -215,7 +201,7 @@ bool NAGroupContentsModel::setData(const QModelIndex& index, const QVariant& val
     if (!item || !mark)
         return false;
     item->setIsChecked(*mark);
-    emit dataChanged(index, index, {Qt::CheckStateRole, MarkRole});
+    markChanged(index);
     return true;
 }
 

@@ -16,6 +16,7 @@
 #include <QAbstractTableModel>
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 #include "app/na_category_obj.h"
 #include "model/na_fileobj.h"
@@ -34,7 +35,41 @@ enum NAResultRole {
 std::int64_t markForCheckState(Qt::CheckState state);
 Qt::CheckState checkStateForMark(std::int64_t mark);
 
-class NAGroupsModel : public QAbstractTableModel {
+// A one-column list over an array the engine holds. It announces the array's size at each
+// reset and answers that count until the next one, so the array may change in place between
+// resets; rowInRange() tells whether a row is both announced and still in the array.
+class NAEngineListModel : public QAbstractTableModel {
+  public:
+    using QAbstractTableModel::QAbstractTableModel;
+
+    // Reads the array anew after it changed.
+    void reload();
+    // Changes the array inside a reset: `change` runs between its two halves.
+    template <class Change>
+    void changeRows(Change&& change) {
+        beginResetModel();
+        change();
+        count_ = actualCount();
+        endResetModel();
+    }
+    // Every row's mark may have changed (through the other model's records).
+    void checkMarksChanged();
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+
+  protected:
+    // The array's size now.
+    virtual int actualCount() const = 0;
+    bool rowInRange(int row, std::size_t arraySize) const;
+    // Tells the views that a row's mark was set.
+    void markChanged(const QModelIndex& index);
+
+  private:
+    int count_ = 0;
+};
+
+class NAGroupsModel : public NAEngineListModel {
     Q_OBJECT
   public:
     explicit NAGroupsModel(QObject* parent = nullptr);
@@ -48,35 +83,26 @@ class NAGroupsModel : public QAbstractTableModel {
     // The row of a group, or -1.
     int rowOfGroup(const NAGroupObj* group) const;
 
-    // Reads the groups anew after they changed.
-    void reload();
     // Changes the groups inside a reset: `change` runs between its two halves.
     template <class Change>
     void changeGroups(Change&& change) {
-        beginResetModel();
-        change();
-        count_ = actualCount();
-        endResetModel();
+        changeRows(std::forward<Change>(change));
     }
-    // Every row's mark may have changed (the items of a group were clicked).
-    void checkMarksChanged();
 
-    int rowCount(const QModelIndex& parent = {}) const override;
-    int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     // CheckStateRole or MarkRole: sets the group's mark, which the engine passes on to its
     // items and sub-groups. Refused for a group without items, whose box is disabled.
     bool setData(const QModelIndex& index, const QVariant& value, int role) override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
-  private:
-    int actualCount() const;
+  protected:
+    int actualCount() const override;
 
+  private:
     std::weak_ptr<NACategoryObj> category_;
-    int count_ = 0;
 };
 
-class NAGroupContentsModel : public QAbstractTableModel {
+class NAGroupContentsModel : public NAEngineListModel {
     Q_OBJECT
   public:
     explicit NAGroupContentsModel(QObject* parent = nullptr);
@@ -88,31 +114,23 @@ class NAGroupContentsModel : public QAbstractTableModel {
 
     std::shared_ptr<NAFileobj> itemAt(int row) const;
 
-    void reload();
     // Changes the group's items inside a reset: `change` runs between its two halves.
     template <class Change>
     void changeContents(Change&& change) {
-        beginResetModel();
-        change();
-        count_ = actualCount();
-        endResetModel();
+        changeRows(std::forward<Change>(change));
     }
-    // Every row's mark may have changed (their group was clicked).
-    void checkMarksChanged();
 
-    int rowCount(const QModelIndex& parent = {}) const override;
-    int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     // CheckStateRole or MarkRole: sets the item's mark, which the engine passes on to its
     // children and up to its group.
     bool setData(const QModelIndex& index, const QVariant& value, int role) override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
-  private:
-    int actualCount() const;
+  protected:
+    int actualCount() const override;
 
+  private:
     std::shared_ptr<NAGroupObj> group_;
-    int count_ = 0;
 };
 
 }  // namespace sysmend
