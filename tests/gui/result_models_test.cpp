@@ -94,6 +94,22 @@ class CountModel : public QAbstractTableModel {
     int rows_;
 };
 
+// Both models over a category, the contents showing its first group, each watched by a model
+// tester for as long as they live.
+struct TestedModels {
+    explicit TestedModels(const std::shared_ptr<NACategoryObj>& category) {
+        groups.setCategoryObj(category);
+        contents.setGroup(groups.groupAt(0));
+    }
+
+    NAGroupsModel groups;
+    NAGroupContentsModel contents;
+    QAbstractItemModelTester groupsTester{&groups,
+                                          QAbstractItemModelTester::FailureReportingMode::QtTest};
+    QAbstractItemModelTester contentsTester{&contents,
+                                            QAbstractItemModelTester::FailureReportingMode::QtTest};
+};
+
 std::set<int> rowsWithCells(const NATableView& table) {
     std::set<int> rows;
     for (int row = 0; row < table.rowCount(); ++row) {
@@ -118,14 +134,9 @@ class ResultModelsTest : public QObject {
         auto category = std::make_shared<NACategoryObj>();
         category->groups() = {group("A", {item("a1"), item("a2"), item("a3")}),
                               group("B", {item("b1")})};
-        NAGroupsModel groups;
-        NAGroupContentsModel contents;
-        QAbstractItemModelTester groupsTester(
-            &groups, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QAbstractItemModelTester contentsTester(
-            &contents, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        groups.setCategoryObj(category);
-        contents.setGroup(groups.groupAt(0));
+        TestedModels models(category);
+        NAGroupsModel& groups = models.groups;
+        NAGroupContentsModel& contents = models.contents;
         QCOMPARE(groups.rowCount(), 2);
         QCOMPARE(contents.rowCount(), 3);
         QCOMPARE(groups.index(1, 0).data().toString(), QStringLiteral("B"));
@@ -176,14 +187,9 @@ class ResultModelsTest : public QObject {
         auto category = std::make_shared<NACategoryObj>();
         category->groups() = {group("A", {item("a1"), item("a2")}), group("B", {item("b1")}),
                               group("C", {item("c1")})};
-        NAGroupsModel groups;
-        NAGroupContentsModel contents;
-        QAbstractItemModelTester groupsTester(
-            &groups, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QAbstractItemModelTester contentsTester(
-            &contents, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        groups.setCategoryObj(category);
-        contents.setGroup(groups.groupAt(0));
+        TestedModels models(category);
+        NAGroupsModel& groups = models.groups;
+        NAGroupContentsModel& contents = models.contents;
 
         // Changed behind the models' back: they keep the count they announced, and a row that
         // has gone answers nothing instead of reading past the array.
