@@ -1,11 +1,13 @@
 // What every GUI test sets up first: the user defaults in a temporary folder (so the real
-// user's settings are never touched), a small volume with one user, and the resources.
+// user's settings are never touched), a small volume with one user, and the resources; and
+// the helpers the tests share.
 #pragma once
 
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include "gui_test_support.h"
 #include "platform/volume.h"
 #include "settings/user_defaults.h"
 #include "ui/named_image.h"
@@ -38,5 +40,12 @@ class GuiTestEnv {
     QTemporaryDir config_;
     QTemporaryDir volume_;
 };
+
+// A left click in the middle of a widget that must be there and visible.
+inline void click(QWidget* widget) {
+    QVERIFY(widget != nullptr);
+    QVERIFY(widget->isVisible());
+    QTest::mouseClick(widget, Qt::LeftButton);
+}
 
 }  // namespace sysmend::test

@@ -33,35 +33,13 @@ QString tree(const NACategoryObj& category) {
     return groups.join(QLatin1Char(' '));
 }
 
-template <class Cell>
-Cell* cellAt(const NATableView* table, int row) {
-    return qobject_cast<Cell*>(table->cellWidget(row));
-}
-
-void click(QWidget* widget) {
-    QVERIFY(widget != nullptr);
-    QVERIFY(widget->isVisible());
-    QTest::mouseClick(widget, Qt::LeftButton);
-}
+using test::cellAt;
+using test::click;
+using test::showPage;
 
 void clickRow(NATableView* table, int row) {
     const QRect rect = table->visualRect(table->model()->index(row, 0));
     QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, rect.center() + QPoint(60, 0));
-}
-
-// The page as the shell would show it after a scan, at the size of the window's content.
-template <class Page>
-std::unique_ptr<Page> showPage(const std::shared_ptr<NACategoryObj>& category) {
-    auto page = std::make_unique<Page>();
-    page->setCategoryObj(category);
-    page->loadView();
-    page->resize(720, 540);
-    page->show();
-    category->setIsNeedRefresh(true);
-    category->setDisplayState(1);
-    page->needRefreshUI();
-    category->setIsNeedRefresh(false);
-    return page;
 }
 
 std::shared_ptr<NATreatObj> finding(const std::string& volumePath, const std::string& type = "") {

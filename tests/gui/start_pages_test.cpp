@@ -33,16 +33,8 @@ namespace {
 
 enum Row { Crashes = 1, AppViewer = 3, StartupItems = 4, Vexbane = 7 };
 
-template <class Cell>
-Cell* cellAt(const NATableView* table, int row) {
-    return qobject_cast<Cell*>(table->cellWidget(row));
-}
-
-void click(QWidget* widget) {
-    QVERIFY(widget != nullptr);
-    QVERIFY(widget->isVisible());
-    QTest::mouseClick(widget, Qt::LeftButton);
-}
+using test::cellAt;
+using test::click;
 
 // Selects the row of the group titled so in the result page's group table.
 void selectGroup(NAResultListHVC* page, const std::string& title) {
@@ -75,15 +67,7 @@ plist::Value threat(const std::string& name, const std::string& list, const std:
 }
 
 // Counts the calls posted to an object (queued functors and slots) as they are delivered.
-class MetaCallCounter : public QObject {
-  public:
-    bool eventFilter(QObject*, QEvent* event) override {
-        if (event->type() == QEvent::MetaCall)
-            ++count;
-        return false;
-    }
-    int count = 0;
-};
+using MetaCallCounter = test::EventCounter<QEvent::MetaCall>;
 
 }  // namespace
 
