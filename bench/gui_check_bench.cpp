@@ -8,7 +8,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <QApplication>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -17,8 +16,9 @@
 #include "adware/na_groups_hvc.h"
 #include "appviewer/app_information.h"
 #include "appviewer/na_app_view_hvc.h"
+#include "gui_bench_support.h"
+#include "gui_test_support.h"
 #include "ui/na_result_cell_views.h"
-#include "ui/named_image.h"
 
 namespace {
 
@@ -26,22 +26,12 @@ int gItems = 100000;
 
 using namespace sysmend;
 
-void settle() {
-    QCoreApplication::processEvents();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
+using bench::settle;
 
+// The page shown and drawn.
 template <class Page>
 std::unique_ptr<Page> showPage(const std::shared_ptr<NACategoryObj>& category) {
-    auto page = std::make_unique<Page>();
-    page->setCategoryObj(category);
-    page->loadView();
-    page->resize(720, 540);
-    page->show();
-    category->setIsNeedRefresh(true);
-    category->setDisplayState(1);
-    page->needRefreshUI();
-    category->setIsNeedRefresh(false);
+    auto page = test::showPage<Page>(category);
     settle();
     return page;
 }
@@ -125,12 +115,5 @@ int main(int argc, char** argv) {
         if (std::strncmp(argv[i], "--items=", 8) == 0)
             gItems = std::atoi(argv[i] + 8);
     }
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    sysmend::initGuiResources();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return sysmend::bench::runGuiBenchmarks(argc, argv);
 }

@@ -19,6 +19,7 @@
 #include <stdexcept>
 
 #include "app/app_delegate.h"
+#include "gui_test_support.h"
 #include "platform/volume.h"
 #include "support/fake_volume.h"
 #include "ui/named_image.h"
@@ -27,17 +28,6 @@ namespace {
 
 using namespace sysmend;
 
-// Counts the paint events a widget receives.
-class PaintCounter : public QObject {
-  public:
-    bool eventFilter(QObject*, QEvent* event) override {
-        if (event->type() == QEvent::Paint)
-            ++paints;
-        return false;
-    }
-    int paints = 0;
-};
-
 // Launches and returns once the Crashes start page has been painted.
 std::unique_ptr<AppDelegate> launch() {
     auto delegate = std::make_unique<AppDelegate>();
@@ -45,10 +35,10 @@ std::unique_ptr<AppDelegate> launch() {
     NARootPVC* crashes = delegate->PVC(*delegate->categorys().at(1));
     if (!crashes || delegate->controllerView() != crashes)
         throw std::runtime_error("launch did not show the Crashes start page");
-    PaintCounter painted;
+    test::EventCounter<QEvent::Paint> painted;
     crashes->installEventFilter(&painted);
     delegate->window()->show();
-    while (painted.paints == 0)
+    while (painted.count == 0)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     crashes->removeEventFilter(&painted);
     return delegate;

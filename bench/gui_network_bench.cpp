@@ -9,17 +9,16 @@
 
 #include <benchmark/benchmark.h>
 
-#include <QApplication>
 #include <QTemporaryDir>
 #include <memory>
 #include <string>
 
 #include "appviewer/na_show_left_over_sheet.h"
+#include "gui_bench_support.h"
 #include "network/na_firewall_pvc.h"
 #include "platform/volume.h"
 #include "sandbox/app_sandbox_file_access.h"
 #include "support/fake_volume.h"
-#include "ui/named_image.h"
 
 namespace {
 
@@ -27,10 +26,7 @@ using namespace sysmend;
 
 testing::FakeVolume* gVolume = nullptr;
 
-void settle() {
-    QCoreApplication::processEvents();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
+using bench::settle;
 
 void BM_FirewallPollTick(benchmark::State& state) {
     gVolume->setFirewall(1);
@@ -94,12 +90,5 @@ int main(int argc, char** argv) {
     gVolume = &volume;
     Volume::setCurrent(volume.volume());
 
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    sysmend::initGuiResources();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return sysmend::bench::runGuiBenchmarks(argc, argv);
 }
