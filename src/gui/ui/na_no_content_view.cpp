@@ -2,19 +2,9 @@
 
 #include <QPainter>
 
-#include "ui/named_image.h"
+#include "ui/na_empty_state.h"
 
 namespace sysmend {
-
-namespace {
-
-constexpr int kImageSide = 128;
-constexpr int kImageTopAboveCentre = 94;
-constexpr int kTextGap = 8;
-constexpr int kTextWidth = 100;
-constexpr int kTextHeight = 22;
-
-}  // namespace
 
 NANoContentView::NANoContentView(QWidget* parent) : QWidget(parent) {}
 
@@ -44,18 +34,11 @@ void NANoContentView::paintEvent(QPaintEvent*) {
         return;
     QPainter painter(this);
     painter.setRenderHint(QPainter::TextAntialiasing);
-    const QPoint centre = rect().center();
-    const QRect imageRect(centre.x() - kImageSide / 2, centre.y() - kImageTopAboveCentre,
-                          kImageSide, kImageSide);
-    painter.drawPixmap(
-        imageRect, namedImage(QStringLiteral("sysmend"), imageRect.size(), devicePixelRatioF()));
-    const QRect textRect(centre.x() - kTextWidth / 2, imageRect.bottom() + 1 + kTextGap, kTextWidth,
-                         kTextHeight);
     QFont textFont = font();
     textFont.setPointSize(13);
     painter.setFont(textFont);
     painter.setPen(QColor(140, 140, 140));
-    painter.drawText(textRect, Qt::AlignCenter, QStringLiteral("No Items"));
+    drawEmptyState(painter, rect(), devicePixelRatioF(), QStringLiteral("No Items"));
 }
 
 }  // namespace sysmend

@@ -2,6 +2,7 @@
 
 #include <QPainter>
 
+#include "ui/na_empty_state.h"
 #include "ui/named_image.h"
 
 namespace sysmend {
@@ -9,9 +10,6 @@ namespace sysmend {
 namespace {
 
 constexpr int kDisclosureSize = 10;
-constexpr int kEmptyImageSize = 128;
-constexpr int kEmptyImageAboveCentre = 94;
-constexpr int kEmptyTextWidth = 100;
 
 }  // namespace
 
@@ -42,18 +40,8 @@ void NAOutLineView::paintEvent(QPaintEvent* event) {
         return;
     }
     QPainter painter(viewport());
-    const QPoint centre = viewport()->rect().center();
-    const QRect imageRect(centre.x() - kEmptyImageSize / 2, centre.y() - kEmptyImageAboveCentre,
-                          kEmptyImageSize, kEmptyImageSize);
-    painter.drawPixmap(
-        imageRect, namedImage(QStringLiteral("sysmend"), imageRect.size(), devicePixelRatioF()));
-    QFont font = painter.font();
-    font.setPixelSize(13);
-    painter.setFont(font);
-    painter.setPen(QColor(140, 148, 160));
-    painter.drawText(
-        QRect(centre.x() - kEmptyTextWidth / 2, imageRect.bottom() + 10, kEmptyTextWidth, 22),
-        Qt::AlignCenter, QStringLiteral("No Items"));
+    setListEmptyCaptionStyle(painter);
+    drawEmptyState(painter, viewport()->rect(), devicePixelRatioF(), QStringLiteral("No Items"));
 }
 
 void NAOutLineView::drawBranches(QPainter* painter, const QRect& rect,

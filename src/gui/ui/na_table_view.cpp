@@ -8,8 +8,8 @@
 #include <QStyle>
 #include <algorithm>
 
+#include "ui/na_empty_state.h"
 #include "ui/na_table_row_view.h"
-#include "ui/named_image.h"
 
 namespace sysmend {
 
@@ -27,10 +27,6 @@ const char* const kScrollerStyle =
     "QScrollBar::handle:vertical:hover { background: rgba(0, 0, 0, 0.4); }"
     "QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }"
     "QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: transparent; }";
-
-constexpr int kEmptyImageSize = 128;
-constexpr int kEmptyImageAboveCentre = 94;
-constexpr int kEmptyTextWidth = 100;
 
 // Hides a cell view that is going. Focus inside it is let go first: hiding a focused widget
 // hands focus on as a Tab press would, which moves the table's current row.
@@ -331,19 +327,9 @@ void NATableView::paintEvent(QPaintEvent* event) {
 }
 
 void NATableView::drawEmptyState(QPainter& painter) const {
-    const QRect bounds = viewport()->rect();
-    const QPoint centre = bounds.center();
-    const QRect imageRect(centre.x() - kEmptyImageSize / 2, centre.y() - kEmptyImageAboveCentre,
-                          kEmptyImageSize, kEmptyImageSize);
-    painter.drawPixmap(
-        imageRect, namedImage(QStringLiteral("sysmend"), imageRect.size(), devicePixelRatioF()));
-    QFont font = painter.font();
-    font.setPixelSize(13);
-    painter.setFont(font);
-    painter.setPen(QColor(140, 148, 160));
-    const QRect textRect(centre.x() - kEmptyTextWidth / 2, imageRect.bottom() + 10, kEmptyTextWidth,
-                         22);
-    painter.drawText(textRect, Qt::AlignCenter, QStringLiteral("no items"));
+    setListEmptyCaptionStyle(painter);
+    sysmend::drawEmptyState(painter, viewport()->rect(), devicePixelRatioF(),
+                            QStringLiteral("no items"));
 }
 
 void NATableView::resizeEvent(QResizeEvent* event) {
