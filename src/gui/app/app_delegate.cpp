@@ -347,6 +347,8 @@ void AppDelegate::displayViewController(NACategoryObj& category) {
         NARootHVC* page = HVC(category);
         if (page)
             page->needRefreshUI();
+        // A hand-over that waited for the user to come back is consumed by this showing.
+        category.setIsNeedRefresh(false);
         controllerView_ = page;
         titlebarAcessoryView_->setLinePosition(1);
     } else {
@@ -359,6 +361,12 @@ void AppDelegate::displayViewController(NACategoryObj& category) {
         vc_contentView_->layout()->addWidget(controllerView_);
         controllerView_->show();
     }
+}
+
+bool AppDelegate::isShowing(const NACategoryObj& category) const {
+    const int row = cTable_->selectedRow();
+    return row >= 0 && row < numberOfRowsInTableView() &&
+           categorys_[static_cast<std::size_t>(row)].get() == &category;
 }
 
 void AppDelegate::startOverAction() {

@@ -47,6 +47,8 @@ class AppDelegate : public QObject {
     // Shows the category's current page (its start page in display state 0, else its result
     // page), making it on first need.
     void displayViewController(NACategoryObj& category);
+    // The category's row is the selected one, so its page is the one in view.
+    bool isShowing(const NACategoryObj& category) const;
     // Sends startOver to the result page of the selected row's tool; nothing without a
     // selected row.
     void startOverAction();

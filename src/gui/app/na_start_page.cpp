@@ -149,7 +149,12 @@ void NAStartPage::handOver() {
         return;
     category->setIsNeedRefresh(true);
     category->setDisplayState(1);
-    if (AppDelegate* shell = AppDelegate::current())
+    AppDelegate* shell = AppDelegate::current();
+    // A scan whose sheet the user dismissed ends later, perhaps while another tool is shown:
+    // its results then wait, marked for a rebuild, until the user comes back to this tool.
+    if (shell && !shell->isShowing(*category))
+        return;
+    if (shell)
         shell->displayViewController(*category);
     category->setIsNeedRefresh(false);
 }
