@@ -419,6 +419,9 @@ class StartPagesTest : public QObject {
         QCoreApplication::processEvents();
         QCOMPARE(adware.displayState(), std::int64_t{0});
         QVERIFY(page->isSmartScaing());
+        // The user moves on to another tool before the scan has wound down.
+        NAStartPage* crashes = showTool(Crashes);
+        QVERIFY(crashes != nullptr);
         release.release();
 
         QTRY_COMPARE(adware.displayState(), std::int64_t{1});
@@ -426,7 +429,18 @@ class StartPagesTest : public QObject {
         pool->setMaxThreadCount(threads);
         QVERIFY(!page->isSmartScaing());
         QVERIFY(!page->timer()->isActive());
+        // The results wait for the user instead of taking the place of the tool in view.
+        QTest::qWait(50);
+        QCOMPARE(delegate_->controllerView(), crashes);
+        QVERIFY(adware.isNeedRefresh());
+
+        showTool(Vexbane);
         QVERIFY(showsResultPage(Vexbane));
+        QVERIFY(!adware.isNeedRefresh());
+        auto* result = qobject_cast<NAGroupsHVC*>(delegate_->HVC(adware));
+        QVERIFY(result != nullptr);
+        QCOMPARE(result->g_table()->rowCount(), static_cast<int>(adware.groups().size()));
+        QVERIFY(result->g_table()->rowCount() > 0);
     }
 
     void adwarePageWorksWithoutItsDatabaseAndShowsTheElapsedTime() {
