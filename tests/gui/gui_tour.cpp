@@ -105,11 +105,6 @@ class Tour {
             return;
         }
         button->click();
-        if (row == Vexbane) {
-            // The scan sheet, caught while it runs if the scan is slow enough to be seen.
-            QTest::qWait(30);
-            shoot(name + QStringLiteral("-scanning"));
-        }
         if (!waitFor([&] { return category(row).displayState() == 1; })) {
             fail(name + QStringLiteral(": no result page"));
             return;
