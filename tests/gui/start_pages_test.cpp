@@ -31,6 +31,37 @@ using namespace sysmend;
 
 namespace {
 
+// Keeps the scan pool's only thread busy until release(), so that a scan started meanwhile
+// waits in the pool's queue; finish() (or going) waits for the pool and puts it back.
+class ScanPoolHold {
+  public:
+    ScanPoolHold() : pool_(NAStartPage::scanPool()), threads_(pool_.maxThreadCount()) {
+        pool_.setMaxThreadCount(1);
+        pool_.start([this] { gate_.acquire(); });
+    }
+    ~ScanPoolHold() { finish(); }
+    ScanPoolHold(const ScanPoolHold&) = delete;
+    ScanPoolHold& operator=(const ScanPoolHold&) = delete;
+
+    void release() {
+        if (!released_) {
+            released_ = true;
+            gate_.release();
+        }
+    }
+    void finish() {
+        release();
+        pool_.waitForDone();
+        pool_.setMaxThreadCount(threads_);
+    }
+
+  private:
+    QThreadPool& pool_;
+    const int threads_;
+    QSemaphore gate_;
+    bool released_ = false;
+};
+
 enum Row { Crashes = 1, AppViewer = 3, StartupItems = 4, Vexbane = 7 };
 
 using test::cellAt;
@@ -367,11 +398,7 @@ class StartPagesTest : public QObject {
         QVERIFY(page != nullptr);
 
         // Hold the scan in the pool's queue until Stop has been pressed.
-        QThreadPool* pool = &NAStartPage::scanPool();
-        const int threads = pool->maxThreadCount();
-        pool->setMaxThreadCount(1);
-        QSemaphore release;
-        pool->start([&release] { release.acquire(); });
+        ScanPoolHold hold;
         pressStart(page);
         NAProgressPanel2VC* sheet = page->progressPanel2vc();
         QVERIFY(sheet != nullptr && sheet->stopButton != nullptr);
@@ -379,12 +406,11 @@ class StartPagesTest : public QObject {
         QVERIFY(page->stop);
         QCoreApplication::processEvents();
         QVERIFY(sheetParent(sheet) != nullptr);  // Stop does not close the sheet
-        release.release();
+        hold.release();
 
         NACategoryObj& adware = category(Vexbane);
         QTRY_COMPARE(adware.displayState(), std::int64_t{1});
-        pool->waitForDone();
-        pool->setMaxThreadCount(threads);
+        hold.finish();
 
         // The scan stopped at its first test: only the first launch agent was looked at.
         const auto stopped = engineScan(database, true);
@@ -404,11 +430,7 @@ class StartPagesTest : public QObject {
         auto* page = qobject_cast<NAAdwareRemovalPVC*>(showTool(Vexbane));
         QVERIFY(page != nullptr);
 
-        QThreadPool* pool = &NAStartPage::scanPool();
-        const int threads = pool->maxThreadCount();
-        pool->setMaxThreadCount(1);
-        QSemaphore release;
-        pool->start([&release] { release.acquire(); });
+        ScanPoolHold hold;
         pressStart(page);
         NAProgressPanel2VC* sheet = page->progressPanel2vc();
         QVERIFY(sheet != nullptr && sheet->doneButton != nullptr);
@@ -422,11 +444,10 @@ class StartPagesTest : public QObject {
         // The user moves on to another tool before the scan has wound down.
         NAStartPage* crashes = showTool(Crashes);
         QVERIFY(crashes != nullptr);
-        release.release();
+        hold.release();
 
         QTRY_COMPARE(adware.displayState(), std::int64_t{1});
-        pool->waitForDone();
-        pool->setMaxThreadCount(threads);
+        hold.finish();
         QVERIFY(!page->isSmartScaing());
         QVERIFY(!page->timer()->isActive());
         // The results wait for the user instead of taking the place of the tool in view.
