@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <memory>
 #include <utility>
@@ -28,6 +29,29 @@ bool removeItemFile(const NAFileobj& item, GroupsRemoval& result) {
     const bool removed = removePath(item.filePath());
     (removed ? result.removed : result.failed).push_back(item.filePath());
     return removed;
+}
+
+// Hands each item of the group's contents whose mark is non-zero to `remove`, in order, and
+// takes it out of the group; unchecked items stay where they are.
+template <class Remove>
+void takeOutCheckedItems(NAGroupObj& group, Remove remove) {
+    NAFileobjArray& contents = group.contents();
+    for (std::size_t i = 0; i < contents.size();) {
+        const std::shared_ptr<NAFileobj> item = contents[i];
+        if (item->isChecked() == 0) {
+            ++i;
+            continue;
+        }
+        remove(item);
+        group.removeFileObj(item);
+    }
+}
+
+// Sets the group's own mark with downward propagation off, so that its items keep theirs.
+void setGroupMarkOnly(NAGroupObj& group, std::int64_t mark) {
+    group.setIsNeedChangeSubGroupsOrChirenState(false);
+    group.setIsChecked(mark);
+    group.setIsNeedChangeSubGroupsOrChirenState(true);
 }
 
 void removeFinding(const std::shared_ptr<NAFileobj>& finding, NAFileobjArray& removeFaildFiles,
@@ -70,16 +94,9 @@ GroupsRemoval remove_adware_action(NACategoryObj& category, NAFileobjArray& remo
             continue;
         }
         if (group->isChecked() == -1) {
-            NAFileobjArray& contents = group->contents();
-            for (std::size_t i = 0; i < contents.size();) {
-                const std::shared_ptr<NAFileobj> finding = contents[i];
-                if (finding->isChecked() == 0) {
-                    ++i;
-                    continue;
-                }
+            takeOutCheckedItems(*group, [&](const std::shared_ptr<NAFileobj>& finding) {
                 removeFinding(finding, removeFaildFiles, result);
-                group->removeFileObj(finding);
-            }
+            });
             group->setIsChecked(0);
         }
         ++g;
@@ -96,24 +113,14 @@ GroupsRemoval remove_normal_objects_action(NACategoryObj& category) {
 
     for (std::size_t g = 0; g < groups.size();) {
         const std::shared_ptr<NAGroupObj> group = groups[g];
-        NAFileobjArray& contents = group->contents();
-        for (std::size_t i = 0; i < contents.size();) {
-            const std::shared_ptr<NAFileobj> item = contents[i];
-            if (item->isChecked() == 0) {
-                ++i;
-                continue;
-            }
-            removeItemFile(*item, result);
-            group->removeFileObj(item);
-        }
+        takeOutCheckedItems(
+            *group, [&](const std::shared_ptr<NAFileobj>& item) { removeItemFile(*item, result); });
         if (group->isChecked() == 1) {
             eraseAt(groups, g);
             continue;
         }
         // Setting the mark again recomputes the parent group without touching the items left.
-        group->setIsNeedChangeSubGroupsOrChirenState(false);
-        group->setIsChecked(group->isChecked());
-        group->setIsNeedChangeSubGroupsOrChirenState(true);
+        setGroupMarkOnly(*group, group->isChecked());
         ++g;
     }
     return result;
@@ -132,9 +139,7 @@ bool removeAction(NACategoryObj& category) {
             std::copy_if(items->begin(), items->end(), std::back_inserter(picked),
                          [](const auto& item) { return item->isChecked() == 1; });
         }
-        group->setIsNeedChangeSubGroupsOrChirenState(false);
-        group->setIsChecked(0);
-        group->setIsNeedChangeSubGroupsOrChirenState(true);
+        setGroupMarkOnly(*group, 0);
         auto isPicked = [&](const auto& item) {
             return std::find(picked.begin(), picked.end(), item) != picked.end();
         };
