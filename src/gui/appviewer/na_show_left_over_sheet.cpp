@@ -91,7 +91,6 @@ void NAShowLeftOverSheet::loadWindow() {
     if (icon.isNull())
         icon = QIcon(QStringLiteral(":/icons/sysmend.svg"));
     ui_->appIconImageView->setPixmap(icon.pixmap(QSize(56, 56), devicePixelRatioF()));
-    loaded_ = true;
     reloadTable();
 }
 

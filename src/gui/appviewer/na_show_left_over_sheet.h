@@ -37,7 +37,7 @@ class NAShowLeftOverSheet : public QDialog, public NATableViewDelegate {
     // Builds the window (once) with the application's icon; the list is then a fresh empty one
     // of the sheet's own.
     void loadWindow();
-    bool isWindowLoaded() const { return loaded_; }
+    bool isWindowLoaded() const { return ui_ != nullptr; }
 
     // The list shown: the sheet's own until an owner hands over its list, which the sheet
     // then uses itself (not a copy). Never null after loadWindow.
@@ -71,7 +71,6 @@ class NAShowLeftOverSheet : public QDialog, public NATableViewDelegate {
 
     std::unique_ptr<Ui::NAShowLeftOverSheet> ui_;
     ListModel* model_ = nullptr;
-    bool loaded_ = false;
     NAFileobjArray ownFiles_;
     NAFileobjArray* leftOverFiles_ = nullptr;
     NAPopover* popOver_ = nullptr;
