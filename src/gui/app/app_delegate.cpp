@@ -144,8 +144,7 @@ AppDelegate::AppDelegate() : window_(std::make_unique<NAMainWindow>()) {
     header->setContentsMargins(18, 0, 12, 0);
     header->setSpacing(10);
     auto* appIcon = new QLabel;
-    appIcon->setPixmap(QIcon(QStringLiteral(":/icons/sysmend.svg"))
-                           .pixmap(QSize(30, 30), window_->devicePixelRatioF()));
+    appIcon->setPixmap(applicationIconImage().pixmap(QSize(30, 30), window_->devicePixelRatioF()));
     auto* appName = new QLabel(QStringLiteral("Sysmend"));
     appName->setStyleSheet(QStringLiteral("color: white; font-size: 17px; font-weight: 600;"));
     header->addWidget(appIcon);

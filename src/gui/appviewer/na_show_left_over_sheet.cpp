@@ -1,13 +1,12 @@
 #include "appviewer/na_show_left_over_sheet.h"
 
 #include <QAbstractListModel>
-#include <QApplication>
-#include <QIcon>
 
 #include "appviewer/app_view_help_vc.h"
 #include "appviewer/na_left_over_show_view.h"
 #include "ui/na_sheet.h"
 #include "ui/na_table_row_view.h"
+#include "ui/named_image.h"
 #include "ui_NAShowLeftOverSheet.h"
 
 namespace sysmend {
@@ -87,10 +86,8 @@ void NAShowLeftOverSheet::loadWindow() {
     }
     ownFiles_.clear();
     leftOverFiles_ = &ownFiles_;
-    QIcon icon = QApplication::windowIcon();
-    if (icon.isNull())
-        icon = QIcon(QStringLiteral(":/icons/sysmend.svg"));
-    ui_->appIconImageView->setPixmap(icon.pixmap(QSize(56, 56), devicePixelRatioF()));
+    ui_->appIconImageView->setPixmap(
+        applicationIconImage().pixmap(QSize(56, 56), devicePixelRatioF()));
     reloadTable();
 }
 

@@ -1,13 +1,12 @@
 #include "ui/na_progress_panel_vc.h"
 
-#include <QApplication>
 #include <QCloseEvent>
 #include <QHBoxLayout>
-#include <QIcon>
 #include <QVBoxLayout>
 
 #include "app/na_root_pvc.h"
 #include "ui/na_sheet.h"
+#include "ui/named_image.h"
 
 namespace sysmend {
 
@@ -150,10 +149,7 @@ void NAProgressPanel2VC::loadWindow() {
         layout->addLayout(column, 1);
     }
     setScan_path(kPleaseWait);
-    QIcon icon = QApplication::windowIcon();
-    if (icon.isNull())
-        icon = QIcon(QStringLiteral(":/icons/sysmend.svg"));
-    imageView->setPixmap(icon.pixmap(QSize(64, 64), devicePixelRatioF()));
+    imageView->setPixmap(applicationIconImage().pixmap(QSize(64, 64), devicePixelRatioF()));
 }
 
 void NAProgressPanel2VC::closeEvent(QCloseEvent* event) {

@@ -1,5 +1,6 @@
 #include "ui/named_image.h"
 
+#include <QGuiApplication>
 #include <QPainter>
 #include <QSvgRenderer>
 
@@ -21,6 +22,11 @@ QPixmap namedImage(const QString& name, QSize size, qreal devicePixelRatio) {
     painter.end();
     pixmap.setDevicePixelRatio(devicePixelRatio);
     return pixmap;
+}
+
+QIcon applicationIconImage() {
+    QIcon icon = QGuiApplication::windowIcon();
+    return icon.isNull() ? QIcon(QStringLiteral(":/icons/sysmend.svg")) : icon;
 }
 
 void initGuiResources() {
