@@ -11,13 +11,12 @@
 #include <sys/resource.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <map>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "adware/adware_scan.h"
+#include "bench_support.h"
 #include "recording_reporter.h"
 #include "support/fake_volume.h"
 
@@ -70,13 +69,6 @@ plist::Value database() {
     return threats;
 }
 
-double childrenCpuSeconds() {
-    struct rusage usage {};
-    ::getrusage(RUSAGE_CHILDREN, &usage);
-    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
 std::string findCommand() {
     return "find '" + gVolume->host("/Applications") + "' '" + gVolume->host(gVolume->home()) +
            "' -printf ''";
@@ -103,13 +95,7 @@ void BM_applicationWalk(benchmark::State& state) {
 }
 
 void BM_find(benchmark::State& state) {
-    const double before = childrenCpuSeconds();
-    for (auto _ : state) {
-        if (std::system(findCommand().c_str()) != 0)
-            throw std::runtime_error("find failed");
-    }
-    state.counters["child_cpu"] =
-        benchmark::Counter(childrenCpuSeconds() - before, benchmark::Counter::kAvgIterations);
+    bench::runTool(state, findCommand());
 }
 
 BENCHMARK(BM_analysisAdware)->UseRealTime()->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
@@ -124,25 +110,18 @@ BENCHMARK(BM_find)->UseRealTime()->Unit(benchmark::kMillisecond);
 int main(int argc, char** argv) {
     long files = 200'000;
     long folders = 20'000;
-    std::vector<char*> rest{argv[0]};
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        if (arg.rfind("--files=", 0) == 0)
-            files = std::stol(arg.substr(8));
-        else if (arg.rfind("--folders=", 0) == 0)
-            folders = std::stol(arg.substr(10));
-        else
-            rest.push_back(argv[i]);
-    }
-    int restCount = static_cast<int>(rest.size());
-    benchmark::Initialize(&restCount, rest.data());
+    bench::takeFlags(argc, argv, [&](std::string_view arg) {
+        return bench::takeFlag(arg, "--files=", files) ||
+               bench::takeFlag(arg, "--folders=", folders);
+    });
+    benchmark::Initialize(&argc, argv);
 
     testing::FakeVolume volume("bench");
     gVolume = &volume;
     std::printf("building %ld files in %ld folders under %s\n", files, folders,
                 volume.root().c_str());
     buildHome(volume, files, folders);
-    if (std::system((findCommand() + " > /dev/null").c_str()) != 0)  // warm the cache
+    if (!bench::runCommand(findCommand() + " > /dev/null"))  // warm the cache
         return 1;
 
     RecordingReporter reporter;

@@ -12,7 +12,6 @@
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <ftw.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,6 +24,7 @@
 #include <vector>
 
 #include "appviewer/app_listing.h"
+#include "bench_support.h"
 #include "platform/plist.h"
 #include "platform/volume.h"
 #include "recording_reporter.h"
@@ -109,32 +109,13 @@ void BM_loadAllApps(benchmark::State& state) {
     state.counters["apps"] = static_cast<double>(groups);
 }
 
-double childrenCpuSeconds() {
-    struct rusage usage {};
-    ::getrusage(RUSAGE_CHILDREN, &usage);
-    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
-// du runs as a child process, so its processor time is counted apart ("child_cpu", seconds
-// per run): on a shared machine it says more than the wall time.
 void BM_du(benchmark::State& state) {
-    const double before = childrenCpuSeconds();
-    for (auto _ : state) {
-        if (std::system(duCommand().c_str()) != 0)
-            state.SkipWithError("du failed");
-    }
-    state.counters["child_cpu"] =
-        benchmark::Counter(childrenCpuSeconds() - before, benchmark::Counter::kAvgIterations);
+    sysmend::bench::runTool(state, duCommand());
 }
 
 // Processor time of the whole process, the listing's worker threads included.
 BENCHMARK(BM_loadAllApps)->MeasureProcessCPUTime()->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_du)->UseRealTime()->Unit(benchmark::kMillisecond);
-
-long numberOption(const std::string& arg, const std::string& name, long current) {
-    return arg.rfind(name, 0) == 0 ? std::stol(arg.substr(name.size())) : current;
-}
 
 }  // namespace
 
@@ -143,24 +124,13 @@ int main(int argc, char** argv) {
     long files = 1'000'000;
     long folders = 100'000;
     bool keep = false;
-    std::vector<char*> rest{argv[0]};
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        if (arg.rfind("--root=", 0) == 0) {
-            gRoot = arg.substr(7);
-        } else if (arg == "--keep") {
-            keep = true;
-        } else if (arg.rfind("--apps=", 0) == 0 || arg.rfind("--files=", 0) == 0 ||
-                   arg.rfind("--folders=", 0) == 0) {
-            apps = numberOption(arg, "--apps=", apps);
-            files = numberOption(arg, "--files=", files);
-            folders = numberOption(arg, "--folders=", folders);
-        } else {
-            rest.push_back(argv[i]);
-        }
-    }
-    int restCount = static_cast<int>(rest.size());
-    benchmark::Initialize(&restCount, rest.data());
+    using sysmend::bench::takeFlag;
+    sysmend::bench::takeFlags(argc, argv, [&](std::string_view arg) {
+        return takeFlag(arg, "--root=", gRoot) || takeFlag(arg, "--keep", keep) ||
+               takeFlag(arg, "--apps=", apps) || takeFlag(arg, "--files=", files) ||
+               takeFlag(arg, "--folders=", folders);
+    });
+    benchmark::Initialize(&argc, argv);
 
     const bool built = gRoot.empty();
     if (built) {
@@ -172,7 +142,7 @@ int main(int argc, char** argv) {
                     folders, templ);
         buildVolume(gRoot, apps, files, folders);
     }
-    if (std::system(duCommand().c_str()) != 0)  // warms the cache
+    if (!sysmend::bench::runCommand(duCommand()))  // warms the cache
         return 1;
 
     RecordingReporter reporter;

@@ -27,7 +27,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -36,6 +35,7 @@
 #include "adware/na_adware_removal_pvc.h"
 #include "adware/signature_loader.h"
 #include "app/app_delegate.h"
+#include "bench_support.h"
 #include "gui_test_support.h"
 #include "platform/volume.h"
 #include "recording_reporter.h"
@@ -130,19 +130,6 @@ BENCHMARK(BM_buttonToResultPage)
     ->MeasureProcessCPUTime()
     ->Unit(benchmark::kMillisecond);
 
-long takeFilesFlag(int& argc, char** argv) {
-    long files = 0;
-    int kept = 1;
-    for (int i = 1; i < argc; ++i) {
-        if (std::strncmp(argv[i], "--files=", 8) == 0)
-            files = std::atol(argv[i] + 8);
-        else
-            argv[kept++] = argv[i];
-    }
-    argc = kept;
-    return files;
-}
-
 void addFiles(testing::FakeVolume& volume, long files) {
     const std::string content(100, 'x');
     for (long i = 0; i < files; ++i)
@@ -154,7 +141,9 @@ void addFiles(testing::FakeVolume& volume, long files) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const long files = takeFilesFlag(argc, argv);
+    long files = 0;
+    bench::takeFlags(argc, argv,
+                     [&](std::string_view arg) { return bench::takeFlag(arg, "--files=", files); });
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QTemporaryDir config;

@@ -8,21 +8,20 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <string>
 
 #include "adware/na_groups_hvc.h"
 #include "appviewer/app_information.h"
 #include "appviewer/na_app_view_hvc.h"
+#include "bench_support.h"
 #include "gui_bench_support.h"
 #include "gui_test_support.h"
 #include "ui/na_result_cell_views.h"
 
 namespace {
 
-int gItems = 100000;
+long gItems = 100000;
 
 using namespace sysmend;
 
@@ -111,9 +110,8 @@ BENCHMARK(BM_SelectApplication)->Unit(benchmark::kMillisecond)->UseRealTime();
 }  // namespace
 
 int main(int argc, char** argv) {
-    for (int i = 1; i < argc; ++i) {
-        if (std::strncmp(argv[i], "--items=", 8) == 0)
-            gItems = std::atoi(argv[i] + 8);
-    }
+    sysmend::bench::takeFlags(argc, argv, [](std::string_view arg) {
+        return sysmend::bench::takeFlag(arg, "--items=", gItems);
+    });
     return sysmend::bench::runGuiBenchmarks(argc, argv);
 }

@@ -7,7 +7,6 @@
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <ftw.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_support.h"
 #include "platform/volume.h"
 #include "recording_reporter.h"
 #include "tools/na_tools.h"
@@ -64,27 +64,8 @@ void removeTree(const std::string& root) {
         FTW_DEPTH | FTW_PHYS);
 }
 
-void runCommand(const std::string& command) {
-    if (std::system(command.c_str()) != 0)
-        throw std::runtime_error("failed: " + command);
-}
-
-double childrenCpuSeconds() {
-    struct rusage usage {};
-    ::getrusage(RUSAGE_CHILDREN, &usage);
-    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
-// The tools run as child processes, so their processor time is counted apart ("child_cpu",
-// seconds per run): on a shared machine it says more than the wall time.
-void runTool(benchmark::State& state, const std::string& command) {
-    const double before = childrenCpuSeconds();
-    for (auto _ : state)
-        runCommand(command);
-    state.counters["child_cpu"] =
-        benchmark::Counter(childrenCpuSeconds() - before, benchmark::Counter::kAvgIterations);
-}
+using sysmend::bench::runCommand;
+using sysmend::bench::runTool;
 
 void BM_sizeAtPath_allocated(benchmark::State& state) {
     sysmend::ScopedVolume scope(sysmend::Volume(gTree, "/"));
@@ -112,21 +93,12 @@ BENCHMARK(BM_find)->UseRealTime()->Unit(benchmark::kMillisecond);
 int main(int argc, char** argv) {
     long files = 200'000;
     long folders = 20'000;
-    std::vector<char*> rest{argv[0]};
-    for (int i = 1; i < argc; ++i) {
-        std::string arg = argv[i];
-        if (arg.rfind("--files=", 0) == 0) {
-            files = std::stol(arg.substr(8));
-        } else if (arg.rfind("--folders=", 0) == 0) {
-            folders = std::stol(arg.substr(10));
-        } else if (arg.rfind("--tree=", 0) == 0) {
-            gTree = arg.substr(7);
-        } else {
-            rest.push_back(argv[i]);
-        }
-    }
-    int restCount = static_cast<int>(rest.size());
-    benchmark::Initialize(&restCount, rest.data());
+    using sysmend::bench::takeFlag;
+    sysmend::bench::takeFlags(argc, argv, [&](std::string_view arg) {
+        return takeFlag(arg, "--files=", files) || takeFlag(arg, "--folders=", folders) ||
+               takeFlag(arg, "--tree=", gTree);
+    });
+    benchmark::Initialize(&argc, argv);
 
     const bool built = gTree.empty();
     if (built) {
@@ -137,7 +109,8 @@ int main(int argc, char** argv) {
         std::printf("building %ld files in %ld folders under %s\n", files, folders, templ);
         buildTree(gTree, files, folders);
     }
-    runCommand("du -s -B1 '" + gTree + "' > /dev/null");  // warm the cache
+    if (!runCommand("du -s -B1 '" + gTree + "' > /dev/null"))  // warm the cache
+        return 1;
 
     RecordingReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
