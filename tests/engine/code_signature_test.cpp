@@ -219,19 +219,28 @@ TEST_F(SandboxDicTest, WrapsTheMainExecutablesEntitlements) {
     ASSERT_TRUE(info);
     ASSERT_EQ(info->asDictionary()->size(), 1u);
     EXPECT_EQ(*info->find("entitlements-dict"), sampleEntitlements());
+
+    // Without CFBundleExecutable the executable bears the bundle's name.
+    const std::string noKey = "/Applications/NoKey.app";
+    volume.writePlist(noKey + "/Contents/Info.plist", plist::Dictionary{});
+    writeExecutable(noKey, "NoKey", stub());
+    EXPECT_NE(getSandboxDic(noKey), std::nullopt);
 }
 
 TEST_F(SandboxDicTest, NothingForBrokenBundles) {
     const Data signedStub = stub();
-    const std::string noKey = "/Applications/NoKey.app";
-    volume.writePlist(noKey + "/Contents/Info.plist", plist::Dictionary{});
-    writeExecutable(noKey, "NoKey", signedStub);
-    EXPECT_EQ(getSandboxDic(noKey), std::nullopt);
+    // A key that names nothing usable is not replaced by the bundle's name.
+    const std::string badKey = "/Applications/BadKey.app";
+    plist::Dictionary numeric;
+    numeric.set("CFBundleExecutable", 42);
+    volume.writePlist(badKey + "/Contents/Info.plist", numeric);
+    writeExecutable(badKey, "BadKey", signedStub);
+    EXPECT_EQ(getSandboxDic(badKey), std::nullopt);
 
     // The executable must be in the bundle's own Contents/MacOS.
     const std::string escaping = "/Applications/Escaping.app";
     plist::Dictionary info;
-    info.set("CFBundleExecutable", "../../../NoKey.app/Contents/MacOS/NoKey");
+    info.set("CFBundleExecutable", "../../../BadKey.app/Contents/MacOS/BadKey");
     volume.writePlist(escaping + "/Contents/Info.plist", info);
     volume.mkdir(escaping + "/Contents/MacOS");
     EXPECT_EQ(getSandboxDic(escaping), std::nullopt);

@@ -308,11 +308,15 @@ std::optional<plist::Value> getSandboxDic(std::string_view bundleVolumePath) {
     const std::string contents = path::appending(bundleVolumePath, "Contents");
     const auto info = plist::readFile(volume.hostPath(path::appending(contents, "Info.plist")));
     const plist::Value* executable = info ? info->find("CFBundleExecutable") : nullptr;
-    const std::string* name = executable ? executable->asString() : nullptr;
+    // Without the key the executable bears the bundle's name, as the system looks for it.
+    const std::string* named = executable ? executable->asString() : nullptr;
+    const std::string name =
+        executable ? (named ? *named : std::string())
+                   : path::deletingPathExtension(path::lastPathComponent(bundleVolumePath));
     // The name must not lead out of Contents/MacOS.
-    if (!name || name->empty() || name->find('/') != std::string::npos)
+    if (name.empty() || name.find('/') != std::string::npos || name == "..")
         return std::nullopt;
-    const std::string executablePath = path::appending(path::appending(contents, "MacOS"), *name);
+    const std::string executablePath = path::appending(path::appending(contents, "MacOS"), name);
     auto found = entitlementsFromFile(volume.hostPath(executablePath));
     if (!found)
         return std::nullopt;

@@ -33,8 +33,10 @@ std::optional<plist::Value> entitlementsFromFile(const std::string& hostPath);
 
 // The code-signing information of the application bundle at a volume path: a dictionary
 // {"entitlements-dict": <entitlements>} for the main executable named by "CFBundleExecutable"
-// in Contents/Info.plist (looked for in Contents/MacOS). nullopt when the Info.plist or that
-// key is missing, the executable is missing or unreadable, or it has no entitlements.
+// in Contents/Info.plist, or, where the Info.plist or that key is missing, by the bundle's
+// name less its extension, as the system finds it; looked for in Contents/MacOS. nullopt when
+// the key is no usable name, the executable is missing or unreadable, or it has no
+// entitlements.
 std::optional<plist::Value> getSandboxDic(std::string_view bundleVolumePath);
 
 }  // namespace sysmend
