@@ -59,14 +59,12 @@ TEST_F(AppIndexTest, FirstBundleWinsInFolderOrderThenWalkOrder) {
     EXPECT_EQ(find("com.example.b"), "/System/Applications/Sys.app");
 }
 
-TEST_F(AppIndexTest, BundlesWithoutAReadableIdentifierAndLinksAreLeftOut) {
+TEST_F(AppIndexTest, BundlesWithoutAReadableIdentifierAreLeftOut) {
     vol_.addAppBundle("/Applications", "NoId", "");
     vol_.write("/Applications/Broken.app/Contents/Info.plist", "<plist><dict><key>");
     vol_.writePlist("/Applications/Numeric.app/Contents/Info.plist", infoWithIdentifier(42));
     vol_.writePlist("/Applications/Shallow.app/Info.plist",
                     infoWithIdentifier("com.example.shallow"));
-    vol_.addAppBundle("/Library/Real", "Linked", "com.example.linked");
-    vol_.symlink("/Applications/Linked.app", "/Library/Real/Linked.app");
 
     ScopedVolume scope(vol_.volume());
     AppIndex apps = AppIndex::build();

@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <nlohmann/json.hpp>
 #include <vector>
 
+#include "platform/app_index.h"
 #include "support/fake_volume.h"
 #include "support/macho_builder.h"
 #include "support/run_command.h"
@@ -59,6 +61,44 @@ TEST_F(AppListingTest, ListsBundlesInWalkOrderAndDropsWhatIsNoApplication) {
     EXPECT_EQ(list(), (std::vector<std::string>{"/Applications/Alpha.app",
                                                 "/Applications/Vendor Suite/Suite Editor.app",
                                                 "/Applications/Zed.app"}));
+}
+
+// A link to a bundle is listed, and indexed, as the bundle it leads to; its target is
+// resolved inside the volume, so an absolute target or a ".." past the top never reaches the
+// host's own folders, and dangling or looping links are dropped.
+TEST_F(AppListingTest, FollowsLinksToBundlesInsideTheVolumeOnly) {
+    testing::AppSpec real;
+    real.folder = "/Library/Real";
+    real.name = "Real";
+    real.bundleId = "com.example.real";
+    vol_.addApp(real);
+    struct Link {
+        const char* name;
+        std::string target;
+        bool listed;
+    };
+    const std::string hostOnly = vol_.host("/Library/Real/Real.app");  // valid on the host only
+    const std::vector<Link> links{
+        {"Relative.app", "../Library/Real/Real.app", true},
+        {"Absolute.app", "/Library/Real/Real.app", true},
+        {"Chained.app", "Relative.app", true},
+        {"Climbing.app", "../../../../Library/Real/Real.app", true},
+        {"Dangling.app", "/Library/Real/Gone.app", false},
+        {"Loop.app", "Loop.app", false},
+        {"Host.app", hostOnly, false},
+    };
+    std::vector<std::string> expected;
+    for (const Link& link : links) {
+        vol_.symlink(std::string("/Applications/") + link.name, link.target);
+        if (link.listed)
+            expected.push_back(std::string("/Applications/") + link.name);
+    }
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(list(), expected);
+    EXPECT_EQ(AppIndex::build().absolutePathForAppBundleWithIdentifier("com.example.real"),
+              "/Library/Real/Real.app");
+    vol_.symlink("/Applications/Other.app", "Dangling.app");
+    EXPECT_EQ(Volume::current().resolvingLinks("/Applications/Other.app"), std::nullopt);
 }
 
 TEST_F(AppListingTest, EmptyOrMissingFolderListsNothing) {

@@ -132,7 +132,11 @@ void NAAppSingleInformation::print(std::ostream& out) const {
 }
 
 NAAppInformation::NAAppInformation(std::string appPath) : appPath_(std::move(appPath)) {
-    const std::string host = Volume::current().hostPath(appPath_);
+    std::optional<std::string> bundle = Volume::current().resolvingLinks(appPath_);
+    if (!bundle)
+        return;
+    bundlePath_ = std::move(*bundle);
+    const std::string host = Volume::current().hostPath(bundlePath_);
     if (!isFolder(host))
         return;
     getInformationSuccess_ = true;
@@ -143,7 +147,7 @@ NAAppInformation::NAAppInformation(std::string appPath) : appPath_(std::move(app
     app_version_ = "v" + textFor(info, "CFBundleVersion").value_or("1.0");
     app_requiresOs_ = "v" + textFor(info, "LSMinimumSystemVersion").value_or("10.8.0");
 
-    const std::int64_t size = bundleSize(appPath_);
+    const std::int64_t size = bundleSize(bundlePath_);
     app_size_ = recal_size(size);
     setFileSize(size);
 
@@ -180,7 +184,7 @@ std::shared_ptr<NAGroupObj> NAAppInformation::convertToGroup(bool* failed) {
 
     // The entitlement rows come also for a bundle that failed: the group is complete even if
     // the listing drops it.
-    const std::optional<plist::Value> signing = getSandboxDic(appPath_);
+    const std::optional<plist::Value> signing = getSandboxDic(bundlePath_);
     const plist::Value* found = signing ? signing->find("entitlements-dict") : nullptr;
     // Entitlements that are no dictionary (a hostile signature) are as good as none.
     const plist::Dictionary* entitlements = found ? found->asDictionary() : nullptr;

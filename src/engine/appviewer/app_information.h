@@ -44,9 +44,10 @@ class NAAppSingleInformation : public NAFileobj {
 // not a string is shown as its text (a number as its digits).
 class NAAppInformation : public NAFileobj {
   public:
-    // Reads everything at once. A path that is not an existing folder has no bundle: only
-    // appPath is set. A symbolic link is not opened as a bundle: on an inspected volume its
-    // target would be resolved on the host. The Info dictionary comes from
+    // Reads everything at once. A symbolic link is opened as the bundle it leads to, its
+    // target resolved inside the volume (Volume::resolvingLinks), never on the host; appPath
+    // stays the path given. A path that does not lead to an existing folder (a dangling or
+    // looping link included) has no bundle: only appPath is set. The Info dictionary comes from
     // Contents/Info.plist (XML or binary); a missing or unreadable one reads as empty, which
     // leaves the bundle without a name. The size is the metadata index's when it has a
     // non-zero one, else the allocated size of everything in the bundle (a walk: the
@@ -105,6 +106,8 @@ class NAAppInformation : public NAFileobj {
 
   private:
     std::string appPath_;
+    // Where the bundle's files are read: appPath with its links resolved.
+    std::string bundlePath_;
     bool getInformationSuccess_ = false;
     bool app_enable_sandbox_ = false;
     AccessFlags accessFlags_;

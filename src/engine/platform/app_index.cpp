@@ -1,5 +1,7 @@
 #include "platform/app_index.h"
 
+#include <sys/stat.h>
+
 #include <utility>
 
 #include "platform/path.h"
@@ -11,11 +13,26 @@
 namespace sysmend {
 namespace {
 
-bool isApplicationBundle(const DirectoryEnumerator::Entry& entry) {
-    return entry.kind == EntryKind::Directory &&
-           uti::conformsTo(uti::preferredIdentifierForExtension(path::pathExtension(entry.path),
-                                                                uti::kDirectory),
-                           uti::kApplicationBundle);
+bool hasApplicationBundleName(const std::string& path) {
+    return uti::conformsTo(
+        uti::preferredIdentifierForExtension(path::pathExtension(path), uti::kDirectory),
+        uti::kApplicationBundle);
+}
+
+// The path of the bundle an entry is or leads to; nullopt when it is no application bundle.
+std::optional<std::string> applicationBundle(const DirectoryEnumerator::Entry& entry) {
+    if (!hasApplicationBundleName(entry.path))
+        return std::nullopt;
+    if (entry.kind == EntryKind::Directory)
+        return entry.path;
+    if (entry.kind != EntryKind::Symlink)
+        return std::nullopt;
+    std::optional<std::string> target = Volume::current().resolvingLinks(entry.path);
+    struct stat st {};
+    if (!target || ::stat(Volume::current().hostPath(*target).c_str(), &st) != 0 ||
+        !S_ISDIR(st.st_mode))
+        return std::nullopt;
+    return target;
 }
 
 std::optional<std::string> bundleIdentifier(const std::string& bundle) {
@@ -47,10 +64,11 @@ void AppIndex::addBundlesBelow(const std::string& folder) {
     DirectoryEnumerator walk(folder, DirectoryEnumerator::SkipsPackageDescendants);
     while (std::optional<DirectoryEnumerator::Entry> entry = walk.next()) {
         // A bundle is a package, so the walk does not enter it.
-        if (!isApplicationBundle(*entry))
+        std::optional<std::string> bundle = applicationBundle(*entry);
+        if (!bundle)
             continue;
-        if (std::optional<std::string> id = bundleIdentifier(entry->path))
-            paths_.try_emplace(path::lowercased(*id), std::move(entry->path));
+        if (std::optional<std::string> id = bundleIdentifier(*bundle))
+            paths_.try_emplace(path::lowercased(*id), std::move(*bundle));
     }
 }
 

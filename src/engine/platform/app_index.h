@@ -8,7 +8,9 @@
 //   3. the home folder's "Applications".
 // Inside a folder the walker's sorted pre-order decides. Application bundles are indexed and
 // never entered, so helper applications nested in a bundle are not found; other folders are
-// entered, symbolic links are not followed. A bundle's identifier is the string
+// entered, symbolic links to folders are not followed. A symbolic link named as an application
+// bundle ("Linked.app") is followed inside the volume (Volume::resolvingLinks) and indexed as
+// the bundle it leads to, as the system registers the real bundle. A bundle's identifier is the string
 // "CFBundleIdentifier" of its "Contents/Info.plist" (or, for a shallow bundle, "Info.plist");
 // a bundle without one is not indexed.
 //

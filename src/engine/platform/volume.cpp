@@ -56,6 +56,57 @@ Volume::Volume(std::string root, std::string home)
         home_ = "/" + home_;
 }
 
+std::optional<std::string> Volume::resolvingLinks(std::string_view volumePath) const {
+    constexpr int kMaxLinks = 32;  // as MAXSYMLINKS on macOS
+    // Components still to walk, the next one last.
+    std::vector<std::string> pending;
+    const auto push = [&pending](std::string_view p) {
+        std::vector<std::string> parts;
+        for (std::size_t begin = 0; begin <= p.size();) {
+            std::size_t end = p.find('/', begin);
+            if (end == std::string_view::npos)
+                end = p.size();
+            if (end > begin)
+                parts.emplace_back(p.substr(begin, end - begin));
+            begin = end + 1;
+        }
+        pending.insert(pending.end(), parts.rbegin(), parts.rend());
+    };
+    push(volumePath);
+    std::string resolved = "/";
+    int links = 0;
+    while (!pending.empty()) {
+        const std::string part = std::move(pending.back());
+        pending.pop_back();
+        if (part == ".")
+            continue;
+        if (part == "..") {
+            resolved = path::deletingLastPathComponent(resolved);
+            continue;
+        }
+        std::string next = path::appending(resolved, part);
+        const std::string host = hostPath(next);
+        struct stat st {};
+        if (::lstat(host.c_str(), &st) != 0)
+            return std::nullopt;
+        if (!S_ISLNK(st.st_mode)) {
+            resolved = std::move(next);
+            continue;
+        }
+        if (++links > kMaxLinks)
+            return std::nullopt;
+        std::vector<char> target(static_cast<std::size_t>(st.st_size > 0 ? st.st_size : 1024) + 1);
+        const ssize_t n = ::readlink(host.c_str(), target.data(), target.size());
+        if (n <= 0 || static_cast<std::size_t>(n) >= target.size())
+            return std::nullopt;
+        const std::string_view to(target.data(), static_cast<std::size_t>(n));
+        if (to.front() == '/')
+            resolved = "/";
+        push(to);
+    }
+    return resolved;
+}
+
 Volume Volume::fromEnvironment() {
     return fromOptions("", "");
 }

@@ -40,6 +40,13 @@ class Volume {
     // Volume path for a host path below the root; nullopt for a host path outside it.
     std::optional<std::string> volumePath(std::string_view hostPath) const;
 
+    // The volume path with every symbolic link in it followed the way the Mac would follow
+    // it, but inside this volume: an absolute target is a volume path, a relative one is taken
+    // from the link's folder, and ".." stops at the volume's "/", so the answer never leads
+    // off the volume (where hostPath would, for an absolute link, on an inspected volume).
+    // nullopt when a component is missing (a dangling link) or after 32 links (a loop).
+    std::optional<std::string> resolvingLinks(std::string_view volumePath) const;
+
     // The volume that the engine's free functions (sizes, types, scans) work on. Set once at
     // start-up by the application or the CLI, before any scan thread starts; tests swap it
     // with ScopedVolume. Reading it from scan threads is safe as long as nobody sets it while

@@ -6,6 +6,7 @@
 #include <QImageReader>
 #include <QPixmapCache>
 #include <QStyle>
+#include <optional>
 
 #include "platform/path.h"
 #include "platform/plist.h"
@@ -20,9 +21,14 @@ bool isAppBundlePath(const std::string& volumePath) {
     return path::lowercased(path::pathExtension(volumePath)) == "app";
 }
 
-// The bundle's icon file (host path), or "" when the bundle names none that exists.
-QString bundleIconFile(const std::string& bundleVolumePath) {
+// The bundle's icon file (host path), or "" when the bundle names none that exists. A link to
+// a bundle is followed inside the volume, never on the host.
+QString bundleIconFile(const std::string& linkOrBundle) {
     const Volume& volume = Volume::current();
+    const std::optional<std::string> resolved = volume.resolvingLinks(linkOrBundle);
+    if (!resolved)
+        return {};
+    const std::string& bundleVolumePath = *resolved;
     const auto info =
         plist::readFile(volume.hostPath(path::appending(bundleVolumePath, "Contents/Info.plist")));
     const plist::Value* name = info ? info->find("CFBundleIconFile") : nullptr;
