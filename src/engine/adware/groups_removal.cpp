@@ -1,6 +1,7 @@
 #include "adware/groups_removal.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -24,10 +25,17 @@ void eraseAt(NAGroupObjArray& groups, std::size_t index) {
     groups.erase(groups.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
-// Removes one checked item's file and records the outcome; true when it is gone.
+// Removes one checked item's file and records the outcome; true when removePath deleted it.
+// A path that was already gone (an entry listed in two groups goes with the first) is no
+// failure: it is recorded once as removed, since nothing of it is left.
 bool removeItemFile(const NAFileobj& item, GroupsRemoval& result) {
-    const bool removed = removePath(item.filePath());
-    (removed ? result.removed : result.failed).push_back(item.filePath());
+    const std::string& path = item.filePath();
+    FileError error;
+    const bool removed = removePath(path, &error);
+    if (!removed && !(error.code == ENOENT && error.path == path))
+        result.failed.push_back(path);
+    else if (std::find(result.removed.begin(), result.removed.end(), path) == result.removed.end())
+        result.removed.push_back(path);
     return removed;
 }
 

@@ -21,9 +21,10 @@ struct GroupsRemoval {
     // its progress sheet nor its failure sheet.
     bool anyChecked = false;
     // filePath of every checked item that removePath was asked to delete, in the order of the
-    // walk: `removed` where it answered true, `failed` where it answered false (an item that
-    // had already vanished included). The browser registries deleted along with a finding are
-    // in neither list.
+    // walk: `failed` where it is still there afterwards, `removed` (once each) where it is
+    // gone, an item that had already vanished included (a reporter entry listed in two groups
+    // is deleted with the first). The browser registries deleted along with a finding are in
+    // neither list.
     std::vector<std::string> removed;
     std::vector<std::string> failed;
 };
