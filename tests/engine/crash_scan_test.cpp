@@ -104,14 +104,18 @@ TEST_F(CrashScanTest, ReportsThatNameNoInstalledApplicationOrAreNoTextAreDropped
     EXPECT_TRUE(scan()->groups().empty());
 }
 
+// Names are compared without case and normal form: a decomposed "E\u0301LAN" (as HFS+ stores
+// names) and "élan" both join "Élan", and "STRASSE" joins "Straße" by full case folding.
 TEST_F(CrashScanTest, ReporterEntriesJoinEveryGroupTheirNameContainsAndCheckAllGroups) {
-    for (const char* name : {"Foo", "Bar", "Baz"}) {
+    for (const char* name : {"Foo", "Bar", "Baz", "\u00c9lan", "Stra\u00dfe"}) {
         vol_.addAppBundle("/Applications", name, std::string("com.example.") + name);
         vol_.addCrashReport(std::string(name) + ".crash", std::string("com.example.") + name);
     }
-    vol_.addCrashReporterEntry("FOO_BAR.plist");
-    vol_.addCrashReporterEntry("xfOox.plist");
-    vol_.addCrashReporterEntry("Unrelated.plist");
+    const std::string decomposed = "E\u0301LAN_x.plist";
+    for (const std::string& entry :
+         {std::string("FOO_BAR.plist"), std::string("xfOox.plist"), std::string("Unrelated.plist"),
+          decomposed, std::string("\u00e9lan_ABCD.plist"), std::string("STRASSE.plist")})
+        vol_.addCrashReporterEntry(entry);
 
     // Baz matched nothing and is checked all the same.
     EXPECT_EQ(printed(*scan()),
@@ -120,6 +124,10 @@ TEST_F(CrashScanTest, ReporterEntriesJoinEveryGroupTheirNameContainsAndCheckAllG
                   "Baz[1]{ " + kReports + "Baz.crash[1] }",
                   "Foo[1]{ " + kReports + "Foo.crash[1] " + kReporter + "FOO_BAR.plist[1] " +
                       kReporter + "xfOox.plist[1] }",
+                  "Stra\u00dfe[1]{ " + kReports + "Stra\u00dfe.crash[1] " + kReporter +
+                      "STRASSE.plist[1] }",
+                  "\u00c9lan[1]{ " + kReports + "\u00c9lan.crash[1] " + kReporter + decomposed +
+                      "[1] " + kReporter + "\u00e9lan_ABCD.plist[1] }",
               }));
 }
 

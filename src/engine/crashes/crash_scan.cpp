@@ -16,6 +16,7 @@
 #include "model/na_group_obj.h"
 #include "platform/file_url.h"
 #include "platform/path.h"
+#include "platform/unicode.h"
 #include "platform/volume.h"
 #include "platform/walker.h"
 
@@ -181,16 +182,17 @@ void attributeReports(const std::shared_ptr<NACategoryObj>& category, const AppI
     }
 }
 
-// Pass 2: reporter entries join every group whose title their name contains.
+// Pass 2: reporter entries join every group whose title their name contains, compared without
+// case and normal form ("élan_ABCD.plist" and a decomposed "Élan" are one name).
 void attributeReporterEntries(NACategoryObj& category) {
     const std::string folder = crashReporterFolder();
     const std::vector<DirEntry> entries = contentsOfDirectory(folder);
     std::vector<std::string> titles;
     for (const std::shared_ptr<NAGroupObj>& group : category.groups())
-        titles.push_back(path::lowercased(group->title()));
+        titles.push_back(unicode::caselessKey(group->title()));
 
     for (const DirEntry& entry : entries) {
-        const std::string name = path::lowercased(entry.name);
+        const std::string name = unicode::caselessKey(entry.name);
         for (std::size_t i = 0; i < titles.size(); ++i) {
             // An empty title is found nowhere, as an empty range is no match.
             if (!titles[i].empty() && name.find(titles[i]) != std::string::npos) {

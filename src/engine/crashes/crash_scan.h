@@ -7,7 +7,8 @@
 //     not installed, reports without an identifier line, files that are not UTF-8 text and
 //     sub-folders are dropped;
 //   - the reporter folder, "Library/Application Support/CrashReporter": each entry is added, by
-//     name, to every group whose title its name contains, ignoring ASCII case. This pass never
+//     name, to every group whose title its name contains, ignoring case and Unicode normal
+//     form (unicode::caselessKey: "élan_1.plist" joins "Élan", NFD or NFC). This pass never
 //     makes groups. When the folder has any entry at all, every group ends checked, matched or
 //     not; when it is empty, groups and items keep the unchecked mark new ones start with.
 //
