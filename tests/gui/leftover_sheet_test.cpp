@@ -1,6 +1,7 @@
 // The leftovers sheet: its rows over the owner's own list, Done emptying that list whether the
 // sheet is shown or not, the search button showing a file's folder, and the help popover.
 #include <QAbstractItemModelTester>
+#include <QLabel>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
@@ -164,6 +165,15 @@ class LeftoverSheetTest : public QObject {
         QVERIFY(popover->isVisible());
         QVERIFY(qobject_cast<AppViewHelpVC*>(popover->contentViewController()) != nullptr);
         QCOMPARE(popover->anchor(), static_cast<QWidget*>(sheet.helpButton()));
+        // The words must hold for a file that is still there and one already gone, and not
+        // ask to remove again items the list no longer shows.
+        QString words;
+        for (QWidget* shown : {static_cast<QWidget*>(&sheet), static_cast<QWidget*>(popover)})
+            for (const QLabel* label : shown->findChildren<QLabel*>())
+                words += label->text() + QLatin1Char('\n');
+        QVERIFY(words.contains(QStringLiteral("already gone")));
+        QVERIFY(!words.contains(QStringLiteral("are still on your disk")));
+        QVERIFY(!words.contains(QStringLiteral("remove the items again")));
         popover->close();
 
         sheet.helpMessage(sheet.helpButton());
