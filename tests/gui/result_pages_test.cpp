@@ -248,6 +248,29 @@ class ResultPagesTest : public QObject {
         QVERIFY(page->removeFaildFiles().empty());
     }
 
+    // A finding whose box the user cleared stays on disk and in its group after Remove.
+    void anUncheckedFindingIsKept() {
+        const std::string agents = "/Users/alice/Library/LaunchAgents/";
+        QVERIFY(QDir().mkpath(env_.hostPath(QString::fromStdString(agents))));
+        for (const char* name : {"bad.plist", "spared.plist"}) {
+            QFile file(env_.hostPath(QString::fromStdString(agents + name)));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+        }
+        auto category = std::make_shared<NACategoryObj>("Vexbane", ImageRef::none());
+        category->setCategoryType(3);
+        category->groups() = {checkedGroup(
+            "Threat", {finding(agents + "bad.plist"), finding(agents + "spared.plist")})};
+        auto page = showPage<NAGroupsHVC>(category);
+
+        click(cellAt<NAFilelistCellBaseView>(page->c_table(), 1)->checkBtn);
+        QCOMPARE(tree(*category), QStringLiteral("Threat[-1]{bad[1] spared[0]}"));
+        click(page->removeButton());
+        QVERIFY(!QFile::exists(env_.hostPath(QString::fromStdString(agents + "bad.plist"))));
+        QVERIFY(QFile::exists(env_.hostPath(QString::fromStdString(agents + "spared.plist"))));
+        QCOMPARE(tree(*category), QStringLiteral("Threat[0]{spared[0]}"));
+        QVERIFY(page->removeFaildFiles().empty());
+    }
+
     void theDisplayFilterParksAllButMaliciousCookies() {
         auto cookie = std::make_shared<NABrowserObj>();
         cookie->setDomain("tracker.example");
