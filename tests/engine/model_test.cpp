@@ -126,16 +126,20 @@ TEST(GroupCheckTest, GroupClickReachesContentsCacheAndChildren) {
     EXPECT_EQ(toString(*g), "G[0]{a[0] b[0] cache{h[0]{x[0]}}}");
 }
 
-TEST(GroupCheckTest, NestedItemRecomputesGroupInTheMiddleOfAGroupClick) {
-    // On the way down, b's child recomputes the group (its nearest grouped ancestor's) before
-    // a has followed the click; the group keeps what that recomputation gave.
+TEST(GroupCheckTest, GroupClickEndsConsistentThoughANestedItemRecomputesItMidway) {
+    // On the way down, b's child recomputes the group (its nearest grouped ancestor's) and so
+    // its parent before a has followed the click; both still end as the click left them.
+    auto top = group("P");
     auto g = group("G");
     auto b = item("b"), x = item("x"), a = item("a");
     auto kids = nest(*b, {x});
     g->addFileObjs({b, a});
+    top->addGroupObj(g);
 
     g->setIsChecked(0);
-    EXPECT_EQ(toString(*g), "G[-1]{b[0]{x[0]} a[0]}");
+    EXPECT_EQ(toString(*top), "P[0]{G[0]{b[0]{x[0]} a[0]}}");
+    top->setIsChecked(1);
+    EXPECT_EQ(toString(*top), "P[1]{G[1]{b[1]{x[1]} a[1]}}");
 }
 
 TEST(GroupCheckTest, ParentGroupFollowsWhicheverRecomputationCameLast) {

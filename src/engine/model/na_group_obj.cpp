@@ -61,6 +61,8 @@ void NAGroupObj::setIsChecked(std::int64_t isChecked) {
     if (isNeedChangeSubGroupsOrChirenState()) {
         willChangeContentCheckStateTo(static_cast<std::int8_t>(isChecked));
         willChangeSubGroupObjCheckStateTo(static_cast<std::int8_t>(isChecked));
+        // Stored only: the items already hold the mark.
+        NAObject::setIsChecked(isChecked);
     }
     if (isNeedChangeGroupOrSuperState() && superGroup())
         willChangeSuperGroupCheckState();

@@ -65,7 +65,10 @@ class NAGroupObj : public NAObject {
     void addGroupObjs(const NAGroupObjArray& groups);
 
     // Stores the mark; with the downward flag pushes it to contents, cache_contents and
-    // sub-groups; with the upward flag recomputes the parent group.
+    // sub-groups; with the upward flag recomputes the parent group. An item with children
+    // recomputes this group on the way down while later items still hold their old marks; once
+    // every item holds the new mark the group holds it again, before its parent is recomputed,
+    // so a click always leaves the group consistent with its items.
     void setIsChecked(std::int64_t isChecked) override;
 
     // The propagation steps. Values go down as a signed byte, so -1 arrives as -1. Each item
