@@ -128,7 +128,12 @@ in_root() {
 
 # 4. The README's test command, its two halves timed apart.
 step "install-deps.sh (apt-get)" in_root ./scripts/install-deps.sh
-step "test.sh (build ci, run every test)" in_root ./scripts/test.sh
+run_tests() {
+    in_root ./scripts/test.sh | tee "$work/test.log"
+}
+step "test.sh (build ci, run every test)" run_tests
+# ctest's summary, "100% tests passed, 0 tests failed out of 203", as the plain count.
+summary=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests? failed out of [0-9]+' "$work/test.log" | tail -n 1)
 
 # 5. The README's start command, under a virtual display.
 if [ "$start" = 1 ]; then
@@ -139,3 +144,8 @@ if [ "$start" = 1 ]; then
     echo "fresh-root: the window as a newcomer sees it: build/fresh-root/start.png"
 fi
 echo "fresh-root: the README's commands work on a brand-new Debian 12 root"
+if [[ $summary =~ ([0-9]+)\ tests?\ failed\ out\ of\ ([0-9]+) ]]; then
+    report
+    steps=()
+    echo "tests: $((BASH_REMATCH[2] - BASH_REMATCH[1])) passed, ${BASH_REMATCH[1]} failed"
+fi
