@@ -1,6 +1,9 @@
 // signatures build SRC.json OUT.cx: makes the encrypted signature database from its JSON
 // source (what the build does for the shipped resource).
 // signatures dump FILE.cx: decrypts and decodes a signature database and prints it as JSON.
+// signatures lint SRC.json: prints, one a line, the problems of a source (strings that can
+// never match or would match too much); exit status 1 when any is an error. build refuses a
+// source that lint finds errors in, printing them the same way.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,6 +17,7 @@
 #include <string>
 
 #include "adware/signature_database.h"
+#include "adware/signature_lint.h"
 #include "adware/signature_loader.h"
 #include "cli.h"
 #include "platform/named_exception.h"
@@ -66,23 +70,60 @@ bool writeAtomically(const std::string& path, const Data& bytes, std::string& er
     return true;
 }
 
+// The source as JSON, or nullopt after saying why on standard error.
+std::optional<nlohmann::ordered_json> readSource(Invocation& inv, const char* action,
+                                                 const std::string& sourcePath) {
+    std::string error;
+    const std::optional<std::string> text = readFile(sourcePath, error);
+    if (!text) {
+        inv.err << "sysmend-cli: signatures " << action << ": " << error << "\n";
+        return std::nullopt;
+    }
+    auto source = nlohmann::ordered_json::parse(*text, nullptr, false);
+    if (source.is_discarded()) {
+        inv.err << "sysmend-cli: signatures " << action << ": " << sourcePath
+                << ": not valid JSON\n";
+        return std::nullopt;
+    }
+    return source;
+}
+
+// Prints every problem to `out`; true when one of them is an error.
+bool printProblems(std::ostream& out, const std::string& sourcePath,
+                   const std::vector<SignatureProblem>& problems) {
+    bool errors = false;
+    for (const SignatureProblem& problem : problems) {
+        out << "sysmend-cli: signatures: " << sourcePath << ": " << problem << "\n";
+        errors = errors || problem.severity == SignatureProblem::Severity::Error;
+    }
+    return errors;
+}
+
+int lint(Invocation& inv) {
+    if (inv.args.size() != 1)
+        throw UsageError("signatures lint needs one SRC.json");
+    const std::optional<nlohmann::ordered_json> source = readSource(inv, "lint", inv.args[0]);
+    if (!source)
+        return 1;
+    return printProblems(inv.out, inv.args[0], lintSignatureSource(*source)) ? 1 : 0;
+}
+
 int build(Invocation& inv) {
     if (inv.args.size() != 2)
         throw UsageError("signatures build needs SRC.json and OUT.cx");
     const std::string& sourcePath = inv.args[0];
     const std::string& outputPath = inv.args[1];
+    const std::optional<nlohmann::ordered_json> source = readSource(inv, "build", sourcePath);
+    if (!source)
+        return 1;
+    std::vector<SignatureProblem> errors = lintSignatureSource(*source);
+    std::erase_if(errors, [](const SignatureProblem& problem) {
+        return problem.severity != SignatureProblem::Severity::Error;
+    });
+    if (printProblems(inv.err, sourcePath, errors))
+        return 1;
     std::string error;
-    const std::optional<std::string> text = readFile(sourcePath, error);
-    if (!text) {
-        inv.err << "sysmend-cli: signatures build: " << error << "\n";
-        return 1;
-    }
-    const auto source = nlohmann::ordered_json::parse(*text, nullptr, false);
-    if (source.is_discarded()) {
-        inv.err << "sysmend-cli: signatures build: " << sourcePath << ": not valid JSON\n";
-        return 1;
-    }
-    const std::optional<plist::Value> database = signatureDatabaseFromSource(source, &error);
+    const std::optional<plist::Value> database = signatureDatabaseFromSource(*source, &error);
     if (!database) {
         inv.err << "sysmend-cli: signatures build: " << sourcePath << ": " << error << "\n";
         return 1;
@@ -118,19 +159,22 @@ int dump(Invocation& inv) {
 int runSignatures(Invocation& inv) {
     rejectUnknownOptions(inv.args);
     if (inv.args.empty())
-        throw UsageError("signatures needs build or dump");
+        throw UsageError("signatures needs build, dump or lint");
     const std::string action = inv.args.front();
     inv.args.erase(inv.args.begin());
     if (action == "build")
         return build(inv);
     if (action == "dump")
         return dump(inv);
-    throw UsageError("signatures: unknown action " + action + " (build or dump)");
+    if (action == "lint")
+        return lint(inv);
+    throw UsageError("signatures: unknown action " + action + " (build, dump or lint)");
 }
 
 const CommandRegistrar kSignatures(
     {"signatures",
-     "signatures build SRC.json OUT.cx | dump FILE.cx   make or print a signature database",
+     "signatures build SRC.json OUT.cx | dump FILE.cx | lint SRC.json   make, print or check a "
+     "signature database",
      &runSignatures});
 
 }  // namespace

@@ -1,7 +1,9 @@
 #include "adware/signature_loader.h"
 
 #include <gtest/gtest.h>
+
 #include <unistd.h>
+#include <sstream>
 
 #include <algorithm>
 #include <cstdlib>
@@ -9,6 +11,7 @@
 
 #include "adware/nsdata_aes.h"
 #include "adware/signature_database.h"
+#include "adware/signature_lint.h"
 #include "platform/keyed_archive.h"
 #include "platform/named_exception.h"
 #include "support/fake_volume.h"
@@ -149,6 +152,45 @@ TEST(SignatureSource, ShapeErrorsNameTheEntryAndKey) {
     }
 }
 
+TEST(SignatureLintTest, NamesEachProblemWithItsEntry) {
+    const auto lint = [](const char* source) {
+        std::vector<std::string> lines;
+        for (const SignatureProblem& problem :
+             lintSignatureSource(nlohmann::ordered_json::parse(source))) {
+            std::ostringstream line;
+            line << problem;
+            lines.push_back(line.str());
+        }
+        return lines;
+    };
+    using Lines = std::vector<std::string>;
+    EXPECT_EQ(lint(R"({"name": "A"})"), Lines{"error: the top level is not an array of threats"});
+    EXPECT_EQ(lint(R"([{"name": "Fine", "sources": [], "launch": ["com.fine.plist"],
+                       "path": ["/Library/Fine"], "app": ["Fine.app"], "extensions": ["FineExt"]}])"),
+              Lines{});
+    EXPECT_EQ(
+        lint(R"([{"sources": [], "app": ["Tiny", "", 7]},
+                 {"name": "B", "path": ["Library/B", "/Users/bob/B", "~/B", "/Library/B"]},
+                 {"name": "C", "sources": [], "path": ["/Library/B"], "launch": ["C", "c.plist", "c.plist"],
+                  "extensions": ["ShadyExt", "shadyext"], "preferences": "p.xml", "lunch": []}])"),
+        (Lines{
+            R"(error: entry 0 (""): no "name" string)",
+            R"(error: entry 0 (""): "app" string 0 "Tiny" is shorter than 6 characters, too short to match only what it names)",
+            R"(error: entry 0 (""): "app" string 1 "" is empty)",
+            R"(error: entry 0 (""): "app" string 2 is not a string)",
+            R"(warning: entry 1 ("B"): no "sources")",
+            R"(error: entry 1 ("B"): "path" string 0 "Library/B" is not an absolute path)",
+            R"(error: entry 1 ("B"): "path" string 1 "/Users/bob/B" lies in a home folder, which no absolute path names on every Mac)",
+            R"(error: entry 1 ("B"): "path" string 2 "~/B" is not an absolute path)",
+            R"(error: entry 2 ("C"): "path" string 0 "/Library/B" is already in entry 1 ("B"))",
+            R"(warning: entry 2 ("C"): "launch" string 0 "C" has no file extension (launchd job files end in ".plist"))",
+            R"(error: entry 2 ("C"): "launch" string 2 "c.plist" is already in entry 2 ("C"))",
+            R"(warning: entry 2 ("C"): "extensions" string 1 "shadyext" differs only in case from "ShadyExt" in entry 2)",
+            R"(error: entry 2 ("C"): "preferences" is not an array)",
+            R"(error: entry 2 ("C"): unknown key "lunch")",
+        }));
+}
+
 class SignaturesCommand : public ::testing::Test {
   protected:
     testing::FakeVolume folder_;
@@ -179,6 +221,7 @@ TEST_F(SignaturesCommand, BuildThenDumpGivesBackTheSourceWithoutSources) {
 TEST_F(SignaturesCommand, FailuresExitWithOneLine) {
     folder_.write("/bad.json", R"([{"name": "A"}, {"name": "B", "launch": [1]}])");
     folder_.write("/broken.json", "[{");
+    folder_.write("/short.json", R"([{"name": "A", "app": ["A.app"], "sources": []}])");
     folder_.write("/garbage.cx", std::string(48, 'x'));
     const std::string out = folder_.host("/out.cx");
     const struct {
@@ -193,7 +236,8 @@ TEST_F(SignaturesCommand, FailuresExitWithOneLine) {
         {{"dump", folder_.host("/missing.cx")}, 1, "cannot read"},
         {{"build", folder_.host("/bad.json")}, 2, "needs"},
         {{"frobnicate"}, 2, "unknown action"},
-        {{}, 2, "build or dump"},
+        {{"build", folder_.host("/short.json"), out}, 1, "error: entry 0 (\"A\"): \"app\""},
+        {{}, 2, "build, dump or lint"},
     };
     for (const auto& c : cases) {
         std::vector<std::string> argv{SYSMEND_CLI, "signatures"};
@@ -204,6 +248,12 @@ TEST_F(SignaturesCommand, FailuresExitWithOneLine) {
         EXPECT_NE(r.err.find(c.mention), std::string::npos) << r.err;
     }
     EXPECT_NE(::access(out.c_str(), F_OK), 0);  // nothing written, not even half a file
+
+    // lint reports on standard output; errors make its status 1.
+    const auto linted =
+        testing::runCommand({SYSMEND_CLI, "signatures", "lint", folder_.host("/short.json")});
+    EXPECT_EQ(linted.status, 1);
+    EXPECT_NE(linted.out.find("\"A.app\" is shorter than 6"), std::string::npos) << linted.out;
 }
 
 }  // namespace
