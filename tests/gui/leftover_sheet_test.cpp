@@ -1,10 +1,10 @@
 // The leftovers sheet: its rows over the owner's own list, Done emptying that list whether the
 // sheet is shown or not, the search button showing a file's folder, and the help popover.
 #include <QAbstractItemModelTester>
-#include <QLabel>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
+#include <QLabel>
 #include <QTest>
 #include <QUrl>
 #include <memory>

@@ -123,6 +123,7 @@ class NetworkPagesTest : public QObject {
         QCOMPARE(page.status_text->text(),
                  on ? QStringLiteral("Firewall is on") : QStringLiteral("Firewall is off"));
         QVERIFY(samePicture(page.imageView->pixmap(), on ? page.onImage() : page.offImage()));
+        QCOMPARE(page.imageView->accessibleName(), page.status_text->text());
         QVERIFY(!samePicture(page.onImage(), page.offImage()));
     }
 

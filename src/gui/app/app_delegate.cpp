@@ -4,12 +4,14 @@
 #include <QCoreApplication>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QShortcut>
 #include <QSignalBlocker>
 #include <QTimer>
 #include <array>
 
 #include "adware/na_adware_removal_pvc.h"
 #include "adware/na_groups_hvc.h"
+#include "app/na_result_list_hvc.h"
 #include "appviewer/na_app_view_hvc.h"
 #include "appviewer/na_app_view_pvc.h"
 #include "crashes/na_crashes_remover_pvc.h"
@@ -156,6 +158,9 @@ AppDelegate::AppDelegate() : window_(std::make_unique<NAMainWindow>()) {
     auto* categoryList = new CategoryList(*this, cTable_);
     cTable_->setModel(categoryList);
     cTable_->setTableDelegate(categoryList);
+    // First in the Tab order; Up and Down switch tools as a click does.
+    cTable_->setFocusPolicy(Qt::StrongFocus);
+    cTable_->setAccessibleName(QStringLiteral("Tools"));
     sidebarColumn->addWidget(cTable_, 1);
     columns->addWidget(sidebar);
 
@@ -183,11 +188,23 @@ AppDelegate::AppDelegate() : window_(std::make_unique<NAMainWindow>()) {
     startOverBtn_->setStyleSheet(QStringLiteral(
         "QPushButton { color: rgb(11, 80, 208); background: transparent; border: 1px solid "
         "rgb(184, 196, 216); border-radius: 10px; padding: 2px 10px; font-size: 12px; }"
-        "QPushButton:pressed { background: rgb(232, 238, 250); }"));
+        "QPushButton:pressed { background: rgb(232, 238, 250); }"
+        "QPushButton:focus { border: 2px solid rgb(142, 178, 242); }"));
     strip->addWidget(c_title_text_, 0, 0, Qt::AlignCenter);
     strip->addWidget(startOverBtn_, 0, 0, Qt::AlignLeft | Qt::AlignVCenter);
 
     connect(startOverBtn_, &QPushButton::clicked, this, &AppDelegate::startOverAction);
+
+    // Return presses the shown start page's main button, wherever the focus is in the window.
+    for (const QKeySequence& key : {QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)}) {
+        auto* shortcut = new QShortcut(key, window_.get());
+        connect(shortcut, &QShortcut::activated, this, [this] {
+            auto* page = qobject_cast<NARootPVC*>(controllerView_);
+            QAbstractButton* button = page ? page->mainButton() : nullptr;
+            if (button && button->isVisible() && button->isEnabled())
+                button->click();
+        });
+    }
     connect(cTable_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &AppDelegate::tableViewSelectionDidChange);
 }
@@ -359,6 +376,14 @@ void AppDelegate::displayViewController(NACategoryObj& category) {
     if (controllerView_) {
         vc_contentView_->layout()->addWidget(controllerView_);
         controllerView_->show();
+    }
+    // Tab goes from the category list through the page: on a result page its two tables,
+    // Remove, then Start Over in the title strip (made first, it would otherwise come first).
+    if (auto* page = qobject_cast<NAResultListHVC*>(showsResult ? controllerView_ : nullptr)) {
+        QWidget::setTabOrder(cTable_, page->g_table());
+        QWidget::setTabOrder(page->g_table(), page->c_table());
+        QWidget::setTabOrder(page->c_table(), page->removeButton());
+        QWidget::setTabOrder(page->removeButton(), startOverBtn_);
     }
 }
 

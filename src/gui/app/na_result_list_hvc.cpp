@@ -27,7 +27,8 @@ const char* const kRemoveButtonStyle =
     " padding: 0 28px; min-height: 32px; font-size: 13px; font-weight: 600; }"
     "QPushButton:hover { background: rgb(26, 98, 228); }"
     "QPushButton:pressed { background: rgb(8, 62, 166); }"
-    "QPushButton:disabled { background: rgb(190, 203, 226); }";
+    "QPushButton:disabled { background: rgb(190, 203, 226); }"
+    "QPushButton:focus { border: 2px solid rgb(142, 178, 242); }";
 
 }  // namespace
 
@@ -73,8 +74,9 @@ void NAResultListHVC::loadView() {
     g_table_->setRowHeight(kGroupRowHeight);
     g_table_->setRowView(rowViewForRow(g_table_, 0));
     g_table_->setAllowsEmptySelection(false);
-    // The arrow keys move through the groups once the list has been clicked.
+    // Tab reaches both tables; Up and Down move through their rows, Space checks a row.
     g_table_->setFocusPolicy(Qt::StrongFocus);
+    g_table_->setAccessibleName(QStringLiteral("Groups"));
     g_table_->setTableDelegate(this);
     tables->addWidget(g_table_);
 
@@ -93,6 +95,8 @@ void NAResultListHVC::loadView() {
     c_table_->setRowHeight(contentRowHeight());
     c_table_->setRowView(rowViewForRow(c_table_, 0));
     c_table_->setTableDelegate(this);
+    c_table_->setFocusPolicy(Qt::StrongFocus);
+    c_table_->setAccessibleName(QStringLiteral("Items of the selected group"));
     contentColumn->addWidget(c_table_);
     tables->addWidget(contents_view_superview_, 1);
     column->addWidget(c_view_, 1);

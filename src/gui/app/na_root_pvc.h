@@ -4,6 +4,7 @@
 // Pages live on the GUI thread; only `stop` is read from the scan's pool thread.
 #pragma once
 
+#include <QAbstractButton>
 #include <QFileDialog>
 #include <QPointer>
 #include <QWidget>
@@ -68,6 +69,10 @@ class NARootPVC : public QWidget {
 
     // Refresh hook; empty here.
     virtual void updateDatasource() {}
+
+    // The button that Return presses while the page is shown (the start button of a tool);
+    // null when the page has none.
+    virtual QAbstractButton* mainButton() const { return nullptr; }
 
     // Marks the scan as running; subclasses run it (targets, progress and size callbacks as
     // they define them).

@@ -19,7 +19,9 @@ const char* const kStartButtonStyle =
     " border-radius: 22px; font-size: 15px; font-weight: 600; padding: 0 28px; }"
     "QPushButton:hover { background: rgb(26, 96, 226); }"
     "QPushButton:pressed { background: rgb(8, 62, 166); }"
-    "QPushButton:disabled { background: rgb(184, 196, 216); }";
+    "QPushButton:disabled { background: rgb(184, 196, 216); }"
+    // The keyboard's focus ring, in the house blue.
+    "QPushButton:focus { border: 2px solid rgb(142, 178, 242); }";
 
 }  // namespace
 

@@ -39,6 +39,7 @@ class NAStartPage : public NARootPVC {
 
     // The big button; null before buildStartView.
     QPushButton* startButton() const { return startButton_; }
+    QAbstractButton* mainButton() const override { return startButton_; }
 
     // The waiting sheet ("Please wait ......") of the pages that use scanBehindWaitingSheet;
     // made on their first scan and kept.

@@ -90,6 +90,7 @@ NAWindowCloseButton::NAWindowCloseButton(QWidget* parent) : QAbstractButton(pare
     setFocusPolicy(Qt::NoFocus);
     setAttribute(Qt::WA_Hover);  // repaint on enter and leave for the cross
     setToolTip(tr("Close"));
+    setAccessibleName(tr("Close"));
 }
 
 void NAWindowCloseButton::paintEvent(QPaintEvent*) {

@@ -79,6 +79,8 @@ void NALeftOverShowView::awakeFromNib() {
         search_btn->setIcon(
             QIcon(namedImage(QStringLiteral("reveal"), QSize(16, 16), devicePixelRatioF())));
         search_btn->setIconSize(QSize(16, 16));
+        // An image button: a screen reader says what it does, as the tooltip does.
+        search_btn->setAccessibleName(QStringLiteral("Show the file in its folder"));
 #ifdef Q_OS_MACOS
         search_btn->setToolTip(QStringLiteral("Show in Finder"));
 #else

@@ -37,6 +37,7 @@ void NAArpCacheHelperWC::loadWindow() {
     if (auto* column = qobject_cast<QBoxLayout*>(layout())) {
         auto* scroll = new QScrollArea(this);
         scroll->setObjectName(QStringLiteral("help_scroll"));
+        scroll->setAccessibleName(QStringLiteral("How to view and clear the ARP cache"));
         scroll->setFrameShape(QFrame::NoFrame);
         scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         scroll->setVerticalScrollBar(new NAScroller(scroll));

@@ -57,6 +57,7 @@ void NAARPCachePVC::loadView() {
     helpButton = new QPushButton(QStringLiteral("?"), this);
     helpButton->setObjectName(QStringLiteral("helpButton"));
     helpButton->setToolTip(QStringLiteral("What is the ARP cache?"));
+    helpButton->setAccessibleName(helpButton->toolTip());  // "?" says nothing when spoken
     helpButton->setCursor(Qt::PointingHandCursor);
     helpButton->setFixedSize(24, 24);
     helpButton->setStyleSheet(

@@ -29,6 +29,7 @@ class NAARPCachePVC : public NARootPVC {
 
     QPushButton* helpButton = nullptr;
     QPushButton* guideButton = nullptr;
+    QAbstractButton* mainButton() const override { return guideButton; }
 
   private:
     NAPopover* popOver_ = nullptr;

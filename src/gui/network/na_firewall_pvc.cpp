@@ -155,6 +155,10 @@ void NAFirewallPVC::checkFirewallStatus() {
     imageView->setPixmap(on ? onImage_ : offImage_);
     const std::string_view text = firewallStatusText(on);
     status_text->setText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+    // The image says it too, for whoever cannot see it.
+    imageView->setAccessibleName(status_text->text());
+    imageView->setAccessibleDescription(on ? QStringLiteral("Protected: a green check")
+                                           : QStringLiteral("Not protected: a warning sign"));
 }
 
 void NAFirewallPVC::checkFirewallStatus(QObject*) {

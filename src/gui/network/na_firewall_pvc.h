@@ -54,6 +54,7 @@ class NAFirewallPVC : public NARootPVC {
     const QPixmap& offImage() const { return offImage_; }
 
     QPushButton* checkBtn = nullptr;
+    QAbstractButton* mainButton() const override { return checkBtn; }
     QLabel* imageView = nullptr;
     QLabel* status_text = nullptr;
 

@@ -7,6 +7,7 @@
 #include "appviewer/app_information.h"
 #include "model/tool_records.h"
 #include "platform/path.h"
+#include "tools/na_tools.h"
 
 namespace sysmend {
 
@@ -125,6 +126,8 @@ QVariant NAGroupsModel::data(const QModelIndex& index, int role) const {
     switch (role) {
         case Qt::DisplayRole:
             return QString::fromStdString(group->title());
+        case Qt::AccessibleTextRole:
+            return QString::fromStdString(group->title() + ", " + recal_size(group->size()));
         case Qt::CheckStateRole:
             return static_cast<int>(checkStateForMark(group->isChecked()));
         case MarkRole:
@@ -181,6 +184,14 @@ QVariant NAGroupContentsModel::data(const QModelIndex& index, int role) const {
     switch (role) {
         case Qt::DisplayRole:
             return itemName(*item);
+        case Qt::AccessibleTextRole: {
+            // What a screen reader says of the row: its name, and for a file its path and size.
+            QString text = itemName(*item);
+            if (!item->filePath().empty())
+                text += QStringLiteral(", ") + QString::fromStdString(item->filePath()) +
+                        QStringLiteral(", ") + QString::fromStdString(recal_size(item->fileSize()));
+            return text;
+        }
         case Qt::ToolTipRole:
             return item->filePath().empty() ? QVariant()
                                             : QVariant(QString::fromStdString(item->filePath()));

@@ -1,7 +1,9 @@
 #include "ui/na_table_view.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QSignalBlocker>
@@ -37,6 +39,26 @@ void retire(QWidget* view) {
     view->hide();
 }
 
+// The ring a focused table draws around itself, over its cells, in the accent colour of the
+// selection. It takes no clicks.
+class FocusRing : public QWidget {
+  public:
+    explicit FocusRing(QWidget* table) : QWidget(table) {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+        setFocusPolicy(Qt::NoFocus);
+        hide();
+    }
+
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(QColor(11, 80, 208, 150), 3));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5), 4, 4);
+    }
+};
+
 void repolish(QWidget* widget) {
     QStyle* style = widget->style();
     style->unpolish(widget);
@@ -63,6 +85,61 @@ NATableView::NATableView(QWidget* parent) : QTableView(parent) {
     verticalScrollBar()->setStyleSheet(QString::fromLatin1(kScrollerStyle));
     setWordWrap(false);
     setCornerButtonEnabled(false);
+    // Tab leaves the table for the next control instead of walking its cells.
+    setTabKeyNavigation(false);
+    focusRing_ = new FocusRing(this);
+}
+
+QModelIndex NATableView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
+    const int step = action == MoveUp || action == MovePrevious ? -1
+                     : action == MoveDown || action == MoveNext ? 1
+                                                                : 0;
+    if (step == 0 || !model())
+        return QTableView::moveCursor(action, modifiers);
+    const int from = currentIndex().isValid() ? currentIndex().row() : selectedRow();
+    for (int row = from + step; row >= 0 && row < rowCount(); row += step) {
+        const QModelIndex index = model()->index(row, 0);
+        if (index.flags() & Qt::ItemIsSelectable)
+            return index;
+    }
+    return currentIndex();
+}
+
+void NATableView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() != Qt::Key_Space || event->modifiers() != Qt::NoModifier) {
+        QTableView::keyPressEvent(event);
+        return;
+    }
+    const int row = selectedRow();
+    if (row >= 0)
+        scrollTo(model()->index(row, 0));
+    updateCellViews();
+    QWidget* cell = row >= 0 ? cellWidget(row) : nullptr;
+    auto* box = cell ? cell->findChild<QAbstractButton*>(QStringLiteral("checkBtn")) : nullptr;
+    if (box && box->isEnabled() && box->isVisible())
+        box->click();  // the click's own path: the same propagation and summary as the mouse
+    event->accept();
+}
+
+void NATableView::focusInEvent(QFocusEvent* event) {
+    QTableView::focusInEvent(event);
+    focusRing_->setGeometry(rect());
+    focusRing_->raise();
+    focusRing_->show();
+    // The keyboard acts on the selected row: give a table that has none the current row, or
+    // else its first selectable one.
+    if (selectedRow() < 0 && model()) {
+        const QModelIndex current = currentIndex();
+        if (current.isValid() && (current.flags() & Qt::ItemIsSelectable))
+            selectRowIndexes(current.row());
+        else
+            selectRowIndexes(moveCursor(MoveDown, Qt::NoModifier).row());
+    }
+}
+
+void NATableView::focusOutEvent(QFocusEvent* event) {
+    QTableView::focusOutEvent(event);
+    focusRing_->hide();
 }
 
 void NATableView::setTableDelegate(NATableViewDelegate* delegate) {
@@ -202,6 +279,12 @@ void NATableView::makeCellView(int row) {
     if (replacing)
         retire(indexWidget(index));
     view->setProperty("rowSelected", selectionModel() && selectionModel()->isRowSelected(row));
+    // A screen reader names the row's check box after the row, as the model describes it.
+    if (auto* box = view->findChild<QAbstractButton*>(QStringLiteral("checkBtn"))) {
+        const QVariant described = index.data(Qt::AccessibleTextRole);
+        box->setAccessibleName(described.isValid() ? described.toString()
+                                                   : index.data(Qt::DisplayRole).toString());
+    }
     inCellUpdate_ = true;
     // The view takes the widget and lets the one it replaces go at the next turn of the event
     // loop: a cell may be replaced while its own check box is still delivering a click.
@@ -334,6 +417,7 @@ void NATableView::drawEmptyState(QPainter& painter) const {
 
 void NATableView::resizeEvent(QResizeEvent* event) {
     QTableView::resizeEvent(event);
+    focusRing_->setGeometry(rect());
     updateCellViews();
 }
 

@@ -12,6 +12,11 @@
 // A click or key press on a row that is not selectable leaves the selection as it is
 // (AppKit's "should select row: NO") instead of clearing it. An empty table draws the
 // application's image with "no items" under it. GUI thread only.
+//
+// From the keyboard: Up and Down move the selection, stepping over rows that cannot be
+// selected (the category list's section titles); Space presses the check box of the selected
+// row's cell, exactly as a click on it would; a table that has the keyboard focus draws a
+// focus ring around itself.
 #pragma once
 
 #include <QPersistentModelIndex>
@@ -89,6 +94,10 @@ class NATableView : public QTableView {
     static NATableView* enclosingTable(const QWidget* view);
 
   protected:
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
     QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
                                                          const QEvent* event) const override;
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
@@ -110,6 +119,7 @@ class NATableView : public QTableView {
     void drawEmptyState(QPainter& painter) const;
 
     QString identifier_;
+    QWidget* focusRing_ = nullptr;
     NATableViewDelegate* delegate_ = nullptr;
     bool allowsEmptySelection_ = true;
     int rowBeforeChange_ = -1;
