@@ -61,15 +61,8 @@ std::optional<std::string> Volume::resolvingLinks(std::string_view volumePath) c
     // Components still to walk, the next one last.
     std::vector<std::string> pending;
     const auto push = [&pending](std::string_view p) {
-        std::vector<std::string> parts;
-        for (std::size_t begin = 0; begin <= p.size();) {
-            std::size_t end = p.find('/', begin);
-            if (end == std::string_view::npos)
-                end = p.size();
-            if (end > begin)
-                parts.emplace_back(p.substr(begin, end - begin));
-            begin = end + 1;
-        }
+        std::vector<std::string> parts = path::components(p);
+        std::erase(parts, "/");  // slash markers: an absolute target is told by its first byte
         pending.insert(pending.end(), parts.rbegin(), parts.rend());
     };
     push(volumePath);
