@@ -5,17 +5,26 @@
 // its walk over /Applications and the home folder alone, and `find -printf ""` over the same
 // two folders (names only, the floor for any walk). The last line gives the ratios.
 //
-//   adware_scan_bench [--files=200000] [--folders=20000] [benchmark flags]
+//   adware_scan_bench [--files=200000] [--folders=20000] [--database=FILE.cx]
+//                     [--baseline=FILE.cx] [benchmark flags]
+//
+// --database scans with a built signature database instead of the small generated one;
+// --baseline adds the same scan with a second database, and the ratio of the two, to tell
+// what a grown database costs (the shipped one against an older one on the same volume).
 
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
 
 #include <cstdio>
+#include <exception>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "adware/adware_scan.h"
+#include "adware/signature_loader.h"
 #include "bench_support.h"
 #include "recording_reporter.h"
 #include "support/fake_volume.h"
@@ -55,7 +64,10 @@ void buildHome(testing::FakeVolume& volume, long files, long folders) {
                                R"({"name": "Helper", "icons": {"16": "i.png"}})");
 }
 
-plist::Value database() {
+// Databases given on the command line, decoded once before the runs.
+std::map<std::string, plist::Value> gDatabases;
+
+plist::Value generatedDatabase() {
     plist::Array threats;
     for (int i = 0; i < 50; ++i) {
         plist::Dictionary threat;
@@ -74,10 +86,15 @@ std::string findCommand() {
            "' -printf ''";
 }
 
-void BM_analysisAdware(benchmark::State& state) {
+plist::Value database(const std::string& which) {
+    const auto given = gDatabases.find(which);
+    return given != gDatabases.end() ? given->second : generatedDatabase();
+}
+
+void BM_analysisAdware(benchmark::State& state, const std::string& which) {
     ScopedVolume scope(gVolume->volume());
     auto category = std::make_shared<NACategoryObj>();
-    AdwareScan scan(database(), category);
+    AdwareScan scan(database(which), category);
     for (auto _ : state) {
         scan.initargs();
         scan.analysisAdware();
@@ -98,7 +115,11 @@ void BM_find(benchmark::State& state) {
     bench::runTool(state, findCommand());
 }
 
-BENCHMARK(BM_analysisAdware)->UseRealTime()->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_analysisAdware, , std::string("database"))
+    ->Name("BM_analysisAdware")
+    ->UseRealTime()
+    ->MeasureProcessCPUTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_applicationWalk)
     ->UseRealTime()
     ->MeasureProcessCPUTime()
@@ -110,11 +131,33 @@ BENCHMARK(BM_find)->UseRealTime()->Unit(benchmark::kMillisecond);
 int main(int argc, char** argv) {
     long files = 200'000;
     long folders = 20'000;
+    std::map<std::string, std::string> files_cx;
     bench::takeFlags(argc, argv, [&](std::string_view arg) {
         return bench::takeFlag(arg, "--files=", files) ||
-               bench::takeFlag(arg, "--folders=", folders);
+               bench::takeFlag(arg, "--folders=", folders) ||
+               bench::takeFlag(arg, "--database=", files_cx["database"]) ||
+               bench::takeFlag(arg, "--baseline=", files_cx["baseline"]);
     });
     benchmark::Initialize(&argc, argv);
+    for (const auto& [which, path] : files_cx) {
+        if (path.empty())
+            continue;
+        std::ifstream in(path, std::ios::binary);
+        const Data bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+        try {
+            gDatabases[which] = decodeSignatureFile(bytes);
+        } catch (const std::exception& e) {
+            std::fprintf(stderr, "%s: %s\n", path.c_str(), e.what());
+            return 1;
+        }
+    }
+    if (gDatabases.count("baseline") != 0) {
+        benchmark::RegisterBenchmark("BM_analysisAdwareBaseline", BM_analysisAdware,
+                                     std::string("baseline"))
+            ->UseRealTime()
+            ->MeasureProcessCPUTime()
+            ->Unit(benchmark::kMillisecond);
+    }
 
     testing::FakeVolume volume("bench");
     gVolume = &volume;
@@ -128,6 +171,13 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
 
+    if (gDatabases.count("baseline") != 0) {
+        const auto grown = reporter.times["BM_analysisAdware"];
+        const auto older = reporter.times["BM_analysisAdwareBaseline"];
+        if (older.wall > 0)
+            std::printf("database / baseline: wall %.3f (%.1f ms against %.1f ms)\n",
+                        grown.wall / older.wall, grown.wall, older.wall);
+    }
     const auto find = reporter.times["BM_find"];
     if (find.wall > 0 && find.cpu > 0) {
         for (const char* name : {"BM_analysisAdware", "BM_applicationWalk"}) {
