@@ -199,7 +199,9 @@ def main():
     parser.add_argument("--source", default=ROOT)
     parser.add_argument("--build", default=None)
     parser.add_argument("--report", default=None)
-    parser.add_argument("--timeout", type=int, default=120, help="seconds per test run")
+    parser.add_argument("--timeout", type=int, default=120,
+                        help="seconds per test run; a mutant that runs longer is recorded as "
+                        "timed-out, apart from killed, since a loaded machine times out too")
     parser.add_argument("--list", action="store_true", help="print the mutants and stop")
     args = parser.parse_args()
     source = os.path.abspath(args.source)
@@ -234,9 +236,11 @@ def main():
     if run(configure, 600) != 0 or run(build_cmd, 3600) != 0:
         print("mutate: the unchanged sources do not build", file=sys.stderr)
         return 2
+    clean_start = time.monotonic()
     if run_tests(build, args.timeout) != 0:
-        print("mutate: the tests fail on the unchanged sources", file=sys.stderr)
+        print("mutate: the tests fail (or time out) on the unchanged sources", file=sys.stderr)
         return 2
+    print(f"unchanged sources: tests pass in {time.monotonic() - clean_start:.0f} s", flush=True)
 
     results = []
     started = time.monotonic()
@@ -254,7 +258,7 @@ def main():
                     outcome = "did-not-compile"
                 else:
                     code = run_tests(build, args.timeout)
-                    outcome = "survived" if code == 0 else "killed"
+                    outcome = {0: "survived", "timeout": "timed-out"}.get(code, "killed")
             finally:
                 restorer.restore()
             results.append(outcome)
@@ -268,17 +272,19 @@ def main():
 
     killed = results.count("killed")
     survived = results.count("survived")
+    timed_out = results.count("timed-out")
     broken = results.count("did-not-compile")
     compiled = killed + survived
     score = 100.0 * killed / compiled if compiled else 0.0
     summary = (f"seed {args.seed}, {len(results)} mutants: {killed} killed, {survived} survived, "
-               f"{broken} did not compile; score {score:.1f}% of the mutants that compiled; "
+               f"{timed_out} timed out, {broken} did not compile; score {score:.1f}% of the "
+               f"mutants that compiled and ran to the end (killed + survived); "
                f"{time.monotonic() - started:.0f} s")
     print(summary)
     if args.report:
         with open(args.report, "w") as f:
             f.write(summary + "\n\nSurvivors first, then the rest.\n\n")
-            order = {"survived": 0, "killed": 1, "did-not-compile": 2}
+            order = {"survived": 0, "timed-out": 1, "killed": 2, "did-not-compile": 3}
             for line in sorted(report_lines, key=lambda l: order[l.split()[0]]):
                 f.write(line + "\n")
     return 0
