@@ -5,7 +5,7 @@ Applies one small change at a time to the engine's sources (flip a comparison, s
 drop a statement, change a constant by one, return early, negate a condition), chosen with a
 fixed seed from a fixed list of files, rebuilds incrementally, runs the engine and CLI tests
 (the engine_tests binary, which runs sysmend-cli for the CLI tests) and records each mutant as
-killed, survived or did-not-compile, with the change shown.
+killed, survived, timed-out or did-not-compile, with the change shown.
 
     scripts/mutate.py [--seed 1] [--count 150] [--report tests/mutation/report.txt]
                       [--source DIR] [--build DIR] [--list]
