@@ -201,7 +201,8 @@ def main():
     parser.add_argument("--report", default=None)
     parser.add_argument("--timeout", type=int, default=120,
                         help="seconds per test run; a mutant that runs longer is recorded as "
-                        "timed-out, apart from killed, since a loaded machine times out too")
+                        "timed-out: it counts as caught, but is shown apart, since a run on a "
+                        "loaded machine can outlast it too")
     parser.add_argument("--list", action="store_true", help="print the mutants and stop")
     args = parser.parse_args()
     source = os.path.abspath(args.source)
@@ -274,11 +275,11 @@ def main():
     survived = results.count("survived")
     timed_out = results.count("timed-out")
     broken = results.count("did-not-compile")
-    compiled = killed + survived
-    score = 100.0 * killed / compiled if compiled else 0.0
-    summary = (f"seed {args.seed}, {len(results)} mutants: {killed} killed, {survived} survived, "
-               f"{timed_out} timed out, {broken} did not compile; score {score:.1f}% of the "
-               f"mutants that compiled and ran to the end (killed + survived); "
+    compiled = killed + survived + timed_out
+    score = 100.0 * (killed + timed_out) / compiled if compiled else 0.0
+    summary = (f"seed {args.seed}, {len(results)} mutants: {killed} killed, {timed_out} timed out "
+               f"(a hang: caught by the time-out), {survived} survived, {broken} did not compile; "
+               f"score {score:.1f}% of the mutants that compiled; "
                f"{time.monotonic() - started:.0f} s")
     print(summary)
     if args.report:
