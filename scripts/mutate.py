@@ -199,7 +199,7 @@ def main():
     parser.add_argument("--source", default=ROOT)
     parser.add_argument("--build", default=None)
     parser.add_argument("--report", default=None)
-    parser.add_argument("--timeout", type=int, default=120,
+    parser.add_argument("--timeout", type=int, default=60,
                         help="seconds per test run; a mutant that runs longer is recorded as "
                         "timed-out: it counts as caught, but is shown apart, since a run on a "
                         "loaded machine can outlast it too")
