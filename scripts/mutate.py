@@ -5,7 +5,7 @@ Applies one small change at a time to the engine's sources (flip a comparison, s
 drop a statement, change a constant by one, return early, negate a condition), chosen with a
 fixed seed from a fixed list of files, rebuilds incrementally, runs the engine and CLI tests
 (the engine_tests binary, which runs sysmend-cli for the CLI tests) and records each mutant as
-killed, survived or did-not-compile, with the change shown.
+killed, survived, timed-out or did-not-compile, with the change shown.
 
     scripts/mutate.py [--seed 1] [--count 150] [--report tests/mutation/report.txt]
                       [--source DIR] [--build DIR] [--list]
@@ -199,7 +199,10 @@ def main():
     parser.add_argument("--source", default=ROOT)
     parser.add_argument("--build", default=None)
     parser.add_argument("--report", default=None)
-    parser.add_argument("--timeout", type=int, default=120, help="seconds per test run")
+    parser.add_argument("--timeout", type=int, default=60,
+                        help="seconds per test run; a mutant that runs longer is recorded as "
+                        "timed-out: it counts as caught, but is shown apart, since a run on a "
+                        "loaded machine can outlast it too")
     parser.add_argument("--list", action="store_true", help="print the mutants and stop")
     args = parser.parse_args()
     source = os.path.abspath(args.source)
@@ -234,9 +237,11 @@ def main():
     if run(configure, 600) != 0 or run(build_cmd, 3600) != 0:
         print("mutate: the unchanged sources do not build", file=sys.stderr)
         return 2
+    clean_start = time.monotonic()
     if run_tests(build, args.timeout) != 0:
-        print("mutate: the tests fail on the unchanged sources", file=sys.stderr)
+        print("mutate: the tests fail (or time out) on the unchanged sources", file=sys.stderr)
         return 2
+    print(f"unchanged sources: tests pass in {time.monotonic() - clean_start:.0f} s", flush=True)
 
     results = []
     started = time.monotonic()
@@ -254,7 +259,7 @@ def main():
                     outcome = "did-not-compile"
                 else:
                     code = run_tests(build, args.timeout)
-                    outcome = "survived" if code == 0 else "killed"
+                    outcome = {0: "survived", "timeout": "timed-out"}.get(code, "killed")
             finally:
                 restorer.restore()
             results.append(outcome)
@@ -268,17 +273,19 @@ def main():
 
     killed = results.count("killed")
     survived = results.count("survived")
+    timed_out = results.count("timed-out")
     broken = results.count("did-not-compile")
-    compiled = killed + survived
-    score = 100.0 * killed / compiled if compiled else 0.0
-    summary = (f"seed {args.seed}, {len(results)} mutants: {killed} killed, {survived} survived, "
-               f"{broken} did not compile; score {score:.1f}% of the mutants that compiled; "
+    compiled = killed + survived + timed_out
+    score = 100.0 * (killed + timed_out) / compiled if compiled else 0.0
+    summary = (f"seed {args.seed}, {len(results)} mutants: {killed} killed, {timed_out} timed out "
+               f"(a hang: caught by the time-out), {survived} survived, {broken} did not compile; "
+               f"score {score:.1f}% of the mutants that compiled; "
                f"{time.monotonic() - started:.0f} s")
     print(summary)
     if args.report:
         with open(args.report, "w") as f:
             f.write(summary + "\n\nSurvivors first, then the rest.\n\n")
-            order = {"survived": 0, "killed": 1, "did-not-compile": 2}
+            order = {"survived": 0, "timed-out": 1, "killed": 2, "did-not-compile": 3}
             for line in sorted(report_lines, key=lambda l: order[l.split()[0]]):
                 f.write(line + "\n")
     return 0
