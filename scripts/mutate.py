@@ -221,9 +221,11 @@ def main():
         return 0
 
     restorer = Restorer()
+    interrupted = []
 
     def on_signal(signum, _frame):
         restorer.restore()
+        interrupted.append(signum)
         sys.exit(128 + signum)
 
     signal.signal(signal.SIGINT, on_signal)
@@ -269,7 +271,8 @@ def main():
             print(f"[{i}/{len(chosen)} {time.monotonic() - started:6.0f}s] {line}", flush=True)
     finally:
         restorer.restore()
-        run(build_cmd, 900)  # leave the build matching the sources
+        if not interrupted:
+            run(build_cmd, 900)  # leave the build matching the sources; not when told to stop
 
     killed = results.count("killed")
     survived = results.count("survived")
