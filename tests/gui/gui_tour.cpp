@@ -113,13 +113,13 @@ class Tour {
         if (category(row).groups().empty())
             fail(name + QStringLiteral(": found nothing on the sample volume"));
         shoot(name + QStringLiteral("-result"));
-        if (row == Crashes) {  // the group table as the keyboard leaves it, with its focus ring
+        if (row == Crashes) {  // the content table as the keyboard leaves it, with its focus ring
             auto* result = qobject_cast<NAResultListHVC*>(delegate_.controllerView());
             delegate_.window()->activateWindow();
             if (!QTest::qWaitForWindowActive(delegate_.window()) || !result)
                 fail(QStringLiteral("crashes: no active result page to focus"));
             else
-                result->g_table()->setFocus(Qt::TabFocusReason);
+                result->c_table()->setFocus(Qt::TabFocusReason);
             QTest::qWait(50);
             shoot(QStringLiteral("crashes-focus-ring"));
         }

@@ -40,10 +40,11 @@ void retire(QWidget* view) {
 }
 
 // The ring a focused table draws around itself, over its cells, in the accent colour of the
-// selection. It takes no clicks.
+// selection, with a thinner one around the selected row: in a table whose selection is drawn
+// white, it is what shows the keyboard's row. It takes no clicks.
 class FocusRing : public QWidget {
   public:
-    explicit FocusRing(QWidget* table) : QWidget(table) {
+    explicit FocusRing(NATableView* table) : QWidget(table), table_(table) {
         setAttribute(Qt::WA_TransparentForMouseEvents);
         setFocusPolicy(Qt::NoFocus);
         hide();
@@ -53,10 +54,20 @@ class FocusRing : public QWidget {
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(QColor(11, 80, 208, 150), 3));
         painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(QColor(11, 80, 208, 150), 3));
         painter.drawRoundedRect(QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5), 4, 4);
+        const int row = table_->selectedRow();
+        if (row < 0)
+            return;
+        const QRect cell = table_->visualRect(table_->model()->index(row, 0));
+        const QRect inRing(table_->viewport()->mapTo(table_, cell.topLeft()), cell.size());
+        painter.setPen(QPen(QColor(11, 80, 208, 110), 1.5));
+        painter.drawRoundedRect(QRectF(inRing).adjusted(4, 2, -4, -2), 3, 3);
     }
+
+  private:
+    NATableView* table_;
 };
 
 void repolish(QWidget* widget) {
@@ -123,9 +134,15 @@ void NATableView::keyPressEvent(QKeyEvent* event) {
 
 void NATableView::focusInEvent(QFocusEvent* event) {
     QTableView::focusInEvent(event);
-    focusRing_->setGeometry(rect());
-    focusRing_->raise();
-    focusRing_->show();
+    // The window coming to the front hands the focus to the first list: that is no choice of
+    // the user's, so no ring then, unless the table had it when the window went behind a sheet.
+    if (event->reason() != Qt::ActiveWindowFocusReason)
+        ringShown_ = true;
+    if (ringShown_) {
+        focusRing_->setGeometry(rect());
+        focusRing_->raise();
+        focusRing_->show();
+    }
     // The keyboard acts on the selected row: give a table that has none the current row, or
     // else its first selectable one.
     if (selectedRow() < 0 && model()) {
@@ -139,6 +156,8 @@ void NATableView::focusInEvent(QFocusEvent* event) {
 
 void NATableView::focusOutEvent(QFocusEvent* event) {
     QTableView::focusOutEvent(event);
+    if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason)
+        ringShown_ = false;
     focusRing_->hide();
 }
 
@@ -380,6 +399,7 @@ void NATableView::selectionChanged(const QItemSelection& selected,
                                    const QItemSelection& deselected) {
     QTableView::selectionChanged(selected, deselected);
     markSelectedCells();
+    focusRing_->update();
     if (delegate_)
         delegate_->tableViewSelectionDidChange(this);
 }
@@ -427,6 +447,7 @@ void NATableView::showEvent(QShowEvent* event) {
 }
 
 void NATableView::scrollContentsBy(int dx, int dy) {
+    focusRing_->update();
     QTableView::scrollContentsBy(dx, dy);
     updateCellViews();
 }

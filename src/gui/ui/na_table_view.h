@@ -15,8 +15,8 @@
 //
 // From the keyboard: Up and Down move the selection, stepping over rows that cannot be
 // selected (the category list's section titles); Space presses the check box of the selected
-// row's cell, exactly as a click on it would; a table that has the keyboard focus draws a
-// focus ring around itself.
+// row's cell, exactly as a click on it would; a table that the user gave the keyboard focus
+// (by Tab or a click, not by the window's activation) draws a focus ring around itself.
 #pragma once
 
 #include <QPersistentModelIndex>
@@ -120,6 +120,7 @@ class NATableView : public QTableView {
 
     QString identifier_;
     QWidget* focusRing_ = nullptr;
+    bool ringShown_ = false;  // the ring goes back on when the window comes back to the front
     NATableViewDelegate* delegate_ = nullptr;
     bool allowsEmptySelection_ = true;
     int rowBeforeChange_ = -1;
