@@ -130,8 +130,13 @@ class KeyboardAccessTest : public QObject {
     void auditAll(const QString& where) {
         QCoreApplication::processEvents();
         for (QWidget* top : QApplication::topLevelWidgets()) {
-            if (top->isVisible() && (top == window() || top->inherits("QDialog")))
-                audit(top, where);
+            if (!top->isVisible())
+                continue;
+            // A page the shell let go must not linger as a window of its own.
+            QVERIFY2(top == window() || top->inherits("QDialog") ||
+                         (top->windowFlags() & Qt::Popup) == Qt::Popup,
+                     qPrintable(where + QStringLiteral(": a stray window ") + describe(top)));
+            audit(top, where);
         }
     }
 
