@@ -27,15 +27,15 @@
 #include "adware/signature_loader.h"
 #include "bench_support.h"
 #include "recording_reporter.h"
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 
 namespace {
 
 using namespace sysmend;
 
-testing::FakeVolume* gVolume = nullptr;
+sample::FakeVolume* gVolume = nullptr;
 
-void buildHome(testing::FakeVolume& volume, long files, long folders) {
+void buildHome(sample::FakeVolume& volume, long files, long folders) {
     long top = 1;
     while (top * top < folders)
         ++top;
@@ -52,7 +52,7 @@ void buildHome(testing::FakeVolume& volume, long files, long folders) {
             all[static_cast<std::size_t>(i) % all.size()] + "/f" + std::to_string(i) + ".txt",
             content);
     for (int i = 0; i < 20; ++i) {
-        testing::AppSpec app;
+        sample::AppSpec app;
         app.folder = i % 2 ? "/Applications" : all[static_cast<std::size_t>(i * 7) % all.size()];
         app.name = "App" + std::to_string(i);
         volume.addApp(app);
@@ -159,7 +159,7 @@ int main(int argc, char** argv) {
             ->Unit(benchmark::kMillisecond);
     }
 
-    testing::FakeVolume volume("bench");
+    sample::FakeVolume volume("bench");
     gVolume = &volume;
     std::printf("building %ld files in %ld folders under %s\n", files, folders,
                 volume.root().c_str());

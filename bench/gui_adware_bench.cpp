@@ -39,8 +39,8 @@
 #include "gui_test_support.h"
 #include "platform/volume.h"
 #include "recording_reporter.h"
+#include "sample/fake_volume.h"
 #include "sandbox/app_sandbox_file_access.h"
-#include "support/fake_volume.h"
 #include "ui/named_image.h"
 
 namespace {
@@ -130,7 +130,7 @@ BENCHMARK(BM_buttonToResultPage)
     ->MeasureProcessCPUTime()
     ->Unit(benchmark::kMillisecond);
 
-void addFiles(testing::FakeVolume& volume, long files) {
+void addFiles(sample::FakeVolume& volume, long files) {
     const std::string content(100, 'x');
     for (long i = 0; i < files; ++i)
         volume.write(volume.home() + "/Library/Application Support/Google/Chrome/Default/Cache/f" +
@@ -155,7 +155,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "could not write the sample volume\n");
         return 1;
     }
-    testing::FakeVolume volume(root.path().toStdString(), "alice");
+    sample::FakeVolume volume(root.path().toStdString(), "alice");
     addFiles(volume, files);
     Volume::setCurrent(volume.volume());
 

@@ -21,7 +21,7 @@
 #include "app/app_delegate.h"
 #include "gui_test_support.h"
 #include "platform/volume.h"
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 #include "ui/named_image.h"
 
 namespace {
@@ -71,7 +71,7 @@ int main(int argc, char** argv) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QTemporaryDir config;
     qputenv("SYSMEND_CONFIG_DIR", config.path().toLocal8Bit());
-    testing::FakeVolume volume("alice");
+    sample::FakeVolume volume("alice");
     for (const char* name : {"CloudSync", "Inkwell Notes", "Menu Weather"})
         volume.addAppBundle("/Applications", name, std::string("com.example.") + name);
     Volume::setCurrent(volume.volume());

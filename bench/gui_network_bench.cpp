@@ -17,14 +17,14 @@
 #include "gui_bench_support.h"
 #include "network/na_firewall_pvc.h"
 #include "platform/volume.h"
+#include "sample/fake_volume.h"
 #include "sandbox/app_sandbox_file_access.h"
-#include "support/fake_volume.h"
 
 namespace {
 
 using namespace sysmend;
 
-testing::FakeVolume* gVolume = nullptr;
+sample::FakeVolume* gVolume = nullptr;
 
 using bench::settle;
 
@@ -86,7 +86,7 @@ BENCHMARK(BM_LeftoversSheetReload)
 int main(int argc, char** argv) {
     QTemporaryDir config;
     qputenv("SYSMEND_CONFIG_DIR", config.path().toLocal8Bit());
-    testing::FakeVolume volume;
+    sample::FakeVolume volume;
     gVolume = &volume;
     Volume::setCurrent(volume.volume());
 

@@ -13,12 +13,12 @@
 #include "app/na_category_obj.h"
 #include "crashes/crash_scan.h"
 #include "platform/volume.h"
+#include "sample/fake_volume.h"
 #include "startup/startup_scan.h"
-#include "support/fake_volume.h"
 
 namespace {
 
-using sysmend::testing::FakeVolume;
+using sysmend::sample::FakeVolume;
 
 constexpr int kJobFiles = 2000;
 constexpr int kApps = 200;

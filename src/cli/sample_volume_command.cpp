@@ -5,14 +5,14 @@
 #include <ostream>
 
 #include "cli.h"
-#include "support/fake_volume.h"
-#include "support/macho_builder.h"
+#include "sample/fake_volume.h"
+#include "sample/macho_builder.h"
 
 namespace sysmend::cli {
 namespace {
 
-using testing::AppSpec;
-using testing::FakeVolume;
+using sample::AppSpec;
+using sample::FakeVolume;
 
 AppSpec appAt(std::string folder, std::string name, std::string bundleId) {
     AppSpec app;
@@ -24,12 +24,12 @@ AppSpec appAt(std::string folder, std::string name, std::string bundleId) {
 
 // A bundle whose main executable carries the given entitlements in its code signature.
 void addSignedApp(FakeVolume& v, const AppSpec& app, plist::Dictionary entitlements,
-                  std::vector<testing::Arch> arches = {testing::Arch::X86_64}) {
+                  std::vector<sample::Arch> arches = {sample::Arch::X86_64}) {
     std::string bundle = v.addApp(app);
-    testing::MachOSpec binary;
+    sample::MachOSpec binary;
     binary.architectures = std::move(arches);
     binary.entitlements = plist::Value(std::move(entitlements));
-    testing::writeBundleExecutable(v.host(bundle), app.name, testing::buildMachO(binary));
+    sample::writeBundleExecutable(v.host(bundle), app.name, sample::buildMachO(binary));
 }
 
 void addApplications(FakeVolume& v) {
@@ -44,7 +44,7 @@ void addApplications(FakeVolume& v) {
     sandboxed.set("com.apple.security.files.user-selected.read-write", true);
     sandboxed.set("com.apple.security.network.client", true);
     sandboxed.set("com.apple.security.print", true);
-    addSignedApp(v, notes, sandboxed, {testing::Arch::X86_64, testing::Arch::Arm64});
+    addSignedApp(v, notes, sandboxed, {sample::Arch::X86_64, sample::Arch::Arm64});
 
     AppSpec sync = appAt("/Applications", "CloudSync", "com.example.cloudsync");
     sync.version = "3.2.1";
@@ -63,7 +63,7 @@ void addApplications(FakeVolume& v) {
     media.set("com.apple.security.assets.music.read-only", true);
     media.set("com.apple.security.assets.movies.read-write", true);
     media.set("com.apple.security.device.microphone", false);
-    addSignedApp(v, player, media, {testing::Arch::Arm64});
+    addSignedApp(v, player, media, {sample::Arch::Arm64});
 
     AppSpec weather = appAt("/Applications", "Menu Weather", "io.example.menuweather");
     weather.infoFormat = plist::Format::Binary;

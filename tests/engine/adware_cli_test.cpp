@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 #include "support/run_command.h"
 #include "tools/na_tools.h"
 
@@ -69,7 +69,7 @@ class AdwareCliTest : public ::testing::Test {
 
     const std::string kSafari = "/Users/alice/Library/Safari/Extensions";
     const std::string kCloudnine = "/Library/Application Support/Cloudnine";
-    testing::FakeVolume vol_;
+    sample::FakeVolume vol_;
     std::string agent_, safari_, addon_;
 };
 

@@ -13,7 +13,7 @@
 
 #include "model/na_group_obj.h"
 #include "platform/syslog.h"
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 
 namespace sysmend {
 namespace {
@@ -58,7 +58,7 @@ class AdwareScanTest : public ::testing::Test {
     }
 
     std::string addApp(std::string folder, std::string name) {
-        testing::AppSpec app;
+        sample::AppSpec app;
         app.folder = std::move(folder);
         app.name = std::move(name);
         return fake_.addApp(app);
@@ -88,7 +88,7 @@ class AdwareScanTest : public ::testing::Test {
         return out;
     }
 
-    testing::FakeVolume fake_;
+    sample::FakeVolume fake_;
     ScopedVolume scope_{fake_.volume()};
     const std::string home_ = fake_.home();
     const std::string support_ = home_ + "/Library/Application Support";
@@ -317,7 +317,7 @@ TEST(AdwareScanStatic, TimeFromIntervalCutsEachPart) {
 }
 
 TEST(AdwareScanStatic, AliasesAndFoldersAsTheWalksSeeThem) {
-    testing::FakeVolume fake;
+    sample::FakeVolume fake;
     ScopedVolume scope(fake.volume());
     fake.write("/alias", std::string("book\0\0\0\0mark", 12));
     fake.write("/plain", "text");

@@ -13,13 +13,13 @@
 
 #include "adware/adware_scan.h"
 #include "adware/signature_loader.h"
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 
 namespace sysmend {
 namespace {
 
 TEST(AllowListTest, PopularApplicationsAreNoFindings) {
-    testing::FakeVolume volume;
+    sample::FakeVolume volume;
     std::ifstream list(SYSMEND_TEST_DATA "/allowlist/mac-apps.txt");
     std::size_t placed = 0;
     for (std::string name; std::getline(list, name);) {

@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 
 namespace sysmend {
 namespace {
 
-using testing::FakeVolume;
+using sample::FakeVolume;
 
 plist::Value infoWithIdentifier(plist::Value id) {
     plist::Dictionary info;

@@ -9,8 +9,8 @@
 
 #include "platform/metadata.h"
 #include "platform/path.h"
-#include "support/fake_volume.h"
-#include "support/macho_builder.h"
+#include "sample/fake_volume.h"
+#include "sample/macho_builder.h"
 #include "tools/na_tools.h"
 
 namespace sysmend {
@@ -38,18 +38,18 @@ std::string readData(const std::string& relative) {
 class AppInformationTest : public ::testing::Test {
   protected:
     std::string app(const std::string& name) {
-        testing::AppSpec layout;
+        sample::AppSpec layout;
         layout.name = name;
         return vol_.addApp(layout);
     }
 
     // Signs the bundle's main executable (named like the bundle) with these entitlements.
     std::string sign(const std::string& bundle, plist::Dictionary entitlements) {
-        testing::MachOSpec macho;
+        sample::MachOSpec macho;
         macho.entitlements = std::move(entitlements);
-        testing::writeBundleExecutable(vol_.host(bundle),
-                                       path::deletingPathExtension(path::lastPathComponent(bundle)),
-                                       testing::buildMachO(macho));
+        sample::writeBundleExecutable(vol_.host(bundle),
+                                      path::deletingPathExtension(path::lastPathComponent(bundle)),
+                                      sample::buildMachO(macho));
         return bundle;
     }
 
@@ -58,12 +58,12 @@ class AppInformationTest : public ::testing::Test {
         return rowsOf(*NAAppInformation(bundle).convertToGroup(failed ? failed : &ignored));
     }
 
-    testing::FakeVolume vol_;
+    sample::FakeVolume vol_;
     ScopedVolume scope_{vol_.volume()};
 };
 
 TEST_F(AppInformationTest, FactRowsInOrderWithTheBundleSizeOnTheSizeRow) {
-    testing::AppSpec layout;
+    sample::AppSpec layout;
     layout.name = "Editor";
     layout.version = "4.2";
     layout.minimumSystem = "10.13";
@@ -110,7 +110,7 @@ TEST_F(AppInformationTest, MissingKeysGiveDefaultVersionsOrNoRow) {
 }
 
 TEST_F(AppInformationTest, SizeComesFromTheMetadataIndexUnlessItSaysZero) {
-    testing::AppSpec layout;
+    sample::AppSpec layout;
     layout.name = "Indexed";
     layout.payloadBytes = 9000;
     const std::string bundle = vol_.addApp(layout);
@@ -161,7 +161,7 @@ TEST_F(AppInformationTest, SandboxRowThenEveryPresentEntitlementInTableOrder) {
 }
 
 TEST_F(AppInformationTest, NamelessOrMissingBundleFailsButKeepsTheEntitlementRows) {
-    testing::AppSpec layout;
+    sample::AppSpec layout;
     layout.name = "Nameless";
     layout.omitBundleName = true;
     layout.version = "3";

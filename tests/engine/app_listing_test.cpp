@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "platform/app_index.h"
-#include "support/fake_volume.h"
-#include "support/macho_builder.h"
+#include "sample/fake_volume.h"
+#include "sample/macho_builder.h"
 #include "support/run_command.h"
 #include "tools/na_tools.h"
 
@@ -22,7 +22,7 @@ class AppListingTest : public ::testing::Test {
   protected:
     std::string app(const std::string& name, const std::string& folder = "/Applications",
                     bool named = true) {
-        testing::AppSpec layout;
+        sample::AppSpec layout;
         layout.folder = folder;
         layout.name = name;
         layout.omitBundleName = !named;
@@ -40,7 +40,7 @@ class AppListingTest : public ::testing::Test {
         return paths;
     }
 
-    testing::FakeVolume vol_;
+    sample::FakeVolume vol_;
     ScopedVolume scope_{vol_.volume()};
     std::atomic<bool> stop_{false};
     AppListing listing_{stop_};
@@ -67,7 +67,7 @@ TEST_F(AppListingTest, ListsBundlesInWalkOrderAndDropsWhatIsNoApplication) {
 // resolved inside the volume, so an absolute target or a ".." past the top never reaches the
 // host's own folders, and dangling or looping links are dropped.
 TEST_F(AppListingTest, FollowsLinksToBundlesInsideTheVolumeOnly) {
-    testing::AppSpec real;
+    sample::AppSpec real;
     real.folder = "/Library/Real";
     real.name = "Real";
     real.bundleId = "com.example.real";
@@ -149,9 +149,9 @@ TEST_F(AppListingTest, CliPrintsTheKeptGroupsAsJson) {
     const std::string boxed = app("Boxed");
     plist::Dictionary entitlements;
     entitlements.set("com.apple.security.app-sandbox", true);
-    testing::MachOSpec macho;
+    sample::MachOSpec macho;
     macho.entitlements = entitlements;
-    testing::writeBundleExecutable(vol_.host(boxed), "Boxed", testing::buildMachO(macho));
+    sample::writeBundleExecutable(vol_.host(boxed), "Boxed", sample::buildMachO(macho));
     app("Nameless", "/Applications", false);
     const std::int64_t size = sizeAtPath(boxed, 1);
 

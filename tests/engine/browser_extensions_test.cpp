@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/syslog.h"
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 #include "tools/na_tools.h"
 
 namespace sysmend {
@@ -144,7 +144,7 @@ class BrowserExtensionsTest : public ::testing::Test {
         return paths;
     }
 
-    testing::FakeVolume fake_;
+    sample::FakeVolume fake_;
     ScopedVolume scope_{fake_.volume()};
     std::atomic<bool> stop_{false};
     const std::string support_ = fake_.home() + "/Library/Application Support";

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 #include "support/run_command.h"
 
 namespace sysmend {
@@ -12,7 +12,7 @@ using testing::runCommand;
 
 class CliTest : public ::testing::Test {
   protected:
-    testing::FakeVolume vol_;
+    sample::FakeVolume vol_;
 };
 
 TEST_F(CliTest, SizeReportsAllocatedLogicalAndTextAsJson) {

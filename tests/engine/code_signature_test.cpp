@@ -8,15 +8,15 @@
 
 #include "appviewer/code_signature.h"
 #include "appviewer/der_entitlements.h"
-#include "support/fake_volume.h"
-#include "support/macho_builder.h"
+#include "sample/fake_volume.h"
+#include "sample/macho_builder.h"
 
 namespace sysmend {
 namespace {
 
-using testing::Arch;
-using testing::buildMachO;
-using testing::EntitlementsBlobs;
+using sample::Arch;
+using sample::buildMachO;
+using sample::EntitlementsBlobs;
 
 const std::string kLuLuHelper = SYSMEND_TEST_DATA "/macho/LuLu Helper";
 
@@ -174,7 +174,7 @@ TEST(DerEntitlementsTest, DecodesWhatSigningToolsWriteAndRejectsTheRest) {
             v = plist::Array{v};
         plist::Dictionary d;
         d.set("deep", v);
-        return testing::encodeDerEntitlements(d);
+        return sample::encodeDerEntitlements(d);
     };
     EXPECT_TRUE(decodeDerEntitlements(nested(60)));
     EXPECT_EQ(decodeDerEntitlements(nested(70)), std::nullopt);
@@ -198,16 +198,16 @@ TEST(DerEntitlementsTest, DecodesWhatSigningToolsWriteAndRejectsTheRest) {
 
 class SandboxDicTest : public ::testing::Test {
   protected:
-    testing::FakeVolume volume;
+    sample::FakeVolume volume;
     ScopedVolume scoped{volume.volume()};
 
     std::string addApp(const std::string& name) {
-        testing::AppSpec app;
+        sample::AppSpec app;
         app.name = name;
         return volume.addApp(app);
     }
     void writeExecutable(const std::string& bundle, const std::string& name, const Data& bytes) {
-        testing::writeBundleExecutable(volume.host(bundle), name, bytes);
+        sample::writeBundleExecutable(volume.host(bundle), name, bytes);
     }
 };
 

@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 
 namespace sysmend {
 namespace {
@@ -64,7 +64,7 @@ class CrashScanTest : public ::testing::Test {
         return out;
     }
 
-    testing::FakeVolume vol_;
+    sample::FakeVolume vol_;
 };
 
 TEST_F(CrashScanTest, ReportsOfOneApplicationMakeOneUncheckedGroupInListingOrder) {

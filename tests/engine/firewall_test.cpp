@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 
 namespace sysmend {
 namespace {
@@ -29,7 +29,7 @@ TEST(FirewallStatusTest, OffOnlyWhenADictionaryWasReadAndGlobalstateReadsAsZero)
 }
 
 TEST(FirewallStatusTest, ReadsTheVolumesFileInEitherFormatThroughLinks) {
-    testing::FakeVolume vol;
+    sample::FakeVolume vol;
     ScopedVolume scope(vol.volume());
     EXPECT_TRUE(getFirewallStatus());  // no file
 

@@ -13,7 +13,7 @@
 #include "app/check_summary.h"
 #include "model/tool_records.h"
 #include "platform/syslog.h"
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 #include "tools/file_manager.h"
 #include "tools/na_tools.h"
 
@@ -69,7 +69,7 @@ class GroupsRemovalTest : public ::testing::Test {
         return ::lstat(vol_.host(volumePath).c_str(), &st) == 0;
     }
 
-    testing::FakeVolume vol_;
+    sample::FakeVolume vol_;
     ScopedVolume scoped_{vol_.volume()};
     NACategoryObj category_;
     NAFileobjArray removeFaildFiles_;

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 #include "support/run_command.h"
 
 namespace sysmend {
@@ -31,7 +31,7 @@ class InspectCliTest : public ::testing::Test {
         return std::filesystem::exists(vol_.host(volumePath));
     }
 
-    testing::FakeVolume vol_;
+    sample::FakeVolume vol_;
 };
 
 TEST_F(InspectCliTest, StartupListsOneGroupPerJobInFolderOrder) {

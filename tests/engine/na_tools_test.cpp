@@ -9,7 +9,7 @@
 
 #include <string>
 
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 
 namespace sysmend {
 namespace {
@@ -67,7 +67,7 @@ std::int64_t expectedSize(const std::string& hostRoot, bool allocated) {
 
 class FileToolsTest : public ::testing::Test {
   protected:
-    testing::FakeVolume fake_{"u"};
+    sample::FakeVolume fake_{"u"};
     ScopedVolume scope_{fake_.volume()};
 };
 

@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "platform/file_url.h"
+#include "sample/fake_volume.h"
 #include "sandbox/app_sandbox_file_access.h"
 #include "sandbox/app_sandbox_file_access_persist.h"
 #include "sandbox/bookmarks.h"
 #include "sandbox/open_save_panel_delegate.h"
 #include "settings/user_defaults.h"
-#include "support/fake_volume.h"
 
 namespace sysmend {
 namespace {
@@ -87,7 +87,7 @@ class SandboxTest : public ::testing::Test {
         fs::remove_all(host + ".old");
     }
 
-    testing::FakeVolume vol_{"user"};
+    sample::FakeVolume vol_{"user"};
     ScopedVolume scoped_{vol_.volume()};
     CountingBackend backend_;
     ScopedBookmarkBackend installed_{backend_};

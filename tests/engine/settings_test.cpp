@@ -3,16 +3,16 @@
 #include <filesystem>
 #include <fstream>
 
+#include "sample/fake_volume.h"
 #include "settings/na_setting_mgr.h"
 #include "settings/user_defaults.h"
-#include "support/fake_volume.h"
 
 namespace sysmend {
 namespace {
 
 class SettingsTest : public ::testing::Test {
   protected:
-    testing::FakeVolume scratch_;  // only used as a temporary folder here
+    sample::FakeVolume scratch_;  // only used as a temporary folder here
     std::string file_ = scratch_.host("/prefs/net.qvarlo.Sysmend.plist");
 };
 

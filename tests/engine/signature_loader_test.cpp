@@ -14,7 +14,7 @@
 #include "adware/signature_lint.h"
 #include "platform/keyed_archive.h"
 #include "platform/named_exception.h"
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 #include "support/run_command.h"
 
 namespace sysmend {
@@ -46,7 +46,7 @@ class SignatureLoader : public ::testing::Test {
 
     void writeResource(const Data& contents) { folder_.write("/.cx", text(contents)); }
 
-    testing::FakeVolume folder_;
+    sample::FakeVolume folder_;
 };
 
 TEST_F(SignatureLoader, MissingResourceIsAnEmptyDatabase) {
@@ -193,7 +193,7 @@ TEST(SignatureLintTest, NamesEachProblemWithItsEntry) {
 
 class SignaturesCommand : public ::testing::Test {
   protected:
-    testing::FakeVolume folder_;
+    sample::FakeVolume folder_;
 };
 
 TEST_F(SignaturesCommand, BuildThenDumpGivesBackTheSourceWithoutSources) {

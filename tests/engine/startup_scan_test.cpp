@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "model/tool_records.h"
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 
 namespace sysmend {
 namespace {
@@ -31,7 +31,7 @@ class StartupScanTest : public ::testing::Test {
         return files;
     }
 
-    testing::FakeVolume vol_;
+    sample::FakeVolume vol_;
 };
 
 TEST_F(StartupScanTest, LabelWithBlanksAndTabsMatchesAndIsShownTrimmed) {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 
 namespace sysmend::uti {
 namespace {
@@ -60,7 +60,7 @@ TEST(UtiTest, PackageExtensions) {
 
 class TypeOfFileTest : public ::testing::Test {
   protected:
-    testing::FakeVolume fake_{"u"};
+    sample::FakeVolume fake_{"u"};
     ScopedVolume scope_{fake_.volume()};
 };
 

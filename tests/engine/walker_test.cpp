@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 
 namespace sysmend {
 namespace {
@@ -53,7 +53,7 @@ class WalkerTest : public ::testing::Test {
         return out;
     }
 
-    testing::FakeVolume fake_{"u"};
+    sample::FakeVolume fake_{"u"};
     ScopedVolume scope_{fake_.volume()};
 };
 

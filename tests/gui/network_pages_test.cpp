@@ -12,7 +12,7 @@
 #include "network/na_arp_cache_pvc.h"
 #include "network/na_firewall_pvc.h"
 #include "platform/syslog.h"
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 #include "ui/na_sheet.h"
 
 using namespace sysmend;
@@ -57,8 +57,8 @@ class NetworkPagesTest : public QObject {
     Q_OBJECT
 
   private:
-    std::unique_ptr<testing::FakeVolume> volume() const {
-        return std::make_unique<testing::FakeVolume>(env_.hostPath("").toStdString(), "alice");
+    std::unique_ptr<sample::FakeVolume> volume() const {
+        return std::make_unique<sample::FakeVolume>(env_.hostPath("").toStdString(), "alice");
     }
 
     static void grantPreferences() {

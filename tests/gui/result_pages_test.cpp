@@ -16,8 +16,8 @@
 #include "gui_test_env.h"
 #include "model/tool_records.h"
 #include "platform/syslog.h"
+#include "sample/fake_volume.h"
 #include "startup/na_start_items_hvc.h"
-#include "support/fake_volume.h"
 #include "tools/na_tools.h"
 #include "ui/na_result_cell_views.h"
 #include "ui/na_sheet.h"
@@ -69,7 +69,7 @@ class ResultPagesTest : public QObject {
 
     // Scan, check, uncheck, Remove and start over, all through the shell and real clicks.
     void crashReportsAreRemovedAsCheckedAndStartOverEmptiesTheResult() {
-        testing::FakeVolume volume;
+        sample::FakeVolume volume;
         ScopedVolume current(volume.volume());
         volume.addAppBundle("/Applications", "Crashy", "com.example.crashy");
         std::vector<std::string> reports;

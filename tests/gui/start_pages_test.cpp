@@ -21,8 +21,8 @@
 #include "app/na_start_page.h"
 #include "gui_test_env.h"
 #include "platform/syslog.h"
+#include "sample/fake_volume.h"
 #include "startup/na_start_items_hvc.h"
-#include "support/fake_volume.h"
 #include "tools/na_tools.h"
 #include "ui/na_result_cell_views.h"
 #include "ui/na_sheet.h"
@@ -182,7 +182,7 @@ class StartPagesTest : public QObject {
     }
 
     test::GuiTestEnv env_;
-    std::unique_ptr<testing::FakeVolume> volume_;
+    std::unique_ptr<sample::FakeVolume> volume_;
     std::unique_ptr<AppDelegate> delegate_;
     QTemporaryDir files_;
 
@@ -193,7 +193,7 @@ class StartPagesTest : public QObject {
     }
 
     void init() {
-        volume_ = std::make_unique<testing::FakeVolume>("alice");
+        volume_ = std::make_unique<sample::FakeVolume>("alice");
         Volume::setCurrent(volume_->volume());
         delegate_ = std::make_unique<AppDelegate>();
         delegate_->applicationDidFinishLaunching();
@@ -294,7 +294,7 @@ class StartPagesTest : public QObject {
     void applicationsAreListedWithoutAskingForAFolder() {
         volume_->addAppBundle("/Applications", "CloudSync", "com.example.cloudsync");
         volume_->addAppBundle("/Applications/Media Tools", "Tune Player", "org.example.tune");
-        testing::AppSpec broken;
+        sample::AppSpec broken;
         broken.name = "Half Installed";
         broken.omitBundleName = true;
         volume_->addApp(broken);

@@ -10,7 +10,7 @@
 #include "platform/plist.h"
 #include "platform/values.h"
 
-namespace sysmend::testing {
+namespace sysmend::sample {
 
 // i386 and PowerPC make 32-bit slices (PowerPC big-endian); x86_64 and arm64 64-bit ones.
 enum class Arch { I386, X86_64, Arm64, PowerPC };
@@ -37,4 +37,4 @@ Data encodeDerEntitlements(const plist::Value& entitlements);
 std::string writeBundleExecutable(const std::string& bundleHostPath, const std::string& name,
                                   const Data& bytes);
 
-}  // namespace sysmend::testing
+}  // namespace sysmend::sample

@@ -12,7 +12,7 @@
 #include "platform/plist.h"
 #include "platform/volume.h"
 
-namespace sysmend::testing {
+namespace sysmend::sample {
 
 struct AppSpec {
     std::string folder = "/Applications";      // volume folder the bundle goes in
@@ -96,4 +96,4 @@ class FakeVolume {
     bool keep_ = false;
 };
 
-}  // namespace sysmend::testing
+}  // namespace sysmend::sample

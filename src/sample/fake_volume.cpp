@@ -1,4 +1,4 @@
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 
 #include <unistd.h>
 
@@ -9,7 +9,7 @@
 
 #include "platform/path.h"
 
-namespace sysmend::testing {
+namespace sysmend::sample {
 namespace fs = std::filesystem;
 
 namespace {
@@ -156,4 +156,4 @@ std::string FakeVolume::setFirewallPreferences(const plist::Value& value, plist:
     return writePlist("/Library/Preferences/com.apple.alf.plist", value, format);
 }
 
-}  // namespace sysmend::testing
+}  // namespace sysmend::sample

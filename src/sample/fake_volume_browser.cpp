@@ -4,9 +4,9 @@
 #include <iterator>
 
 #include "platform/path.h"
-#include "support/fake_volume.h"
+#include "sample/fake_volume.h"
 
-namespace sysmend::testing {
+namespace sysmend::sample {
 namespace fs = std::filesystem;
 
 std::string FakeVolume::chromeExtensionsFolder() const {
@@ -45,4 +45,4 @@ std::string FakeVolume::copyIn(const std::string& hostFolder, std::string_view v
     return std::string(volumeFolder);
 }
 
-}  // namespace sysmend::testing
+}  // namespace sysmend::sample

@@ -1,4 +1,4 @@
-#include "support/macho_builder.h"
+#include "sample/macho_builder.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace sysmend::testing {
+namespace sysmend::sample {
 namespace {
 
 namespace fs = std::filesystem;
@@ -250,4 +250,4 @@ std::string writeBundleExecutable(const std::string& bundleHostPath, const std::
     return file.string();
 }
 
-}  // namespace sysmend::testing
+}  // namespace sysmend::sample
