@@ -65,74 +65,11 @@ TEST(KeyedArchive, EncodedValuesDecodeToThemselves) {
     }
 }
 
-// The archive NSKeyedArchiver writes for @[@{@"launch": @[@"com.foo.plist"], @"name": @"Foo"}],
-// as `plutil -convert xml1` shows it.
-constexpr std::string_view kAppleArchive = R"(<?xml version="1.0" encoding="UTF-8"?>
-<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
-<plist version="1.0">
-<dict>
-	<key>$archiver</key>
-	<string>NSKeyedArchiver</string>
-	<key>$objects</key>
-	<array>
-		<string>$null</string>
-		<dict>
-			<key>$class</key>
-			<dict><key>CF$UID</key><integer>7</integer></dict>
-			<key>NS.objects</key>
-			<array><dict><key>CF$UID</key><integer>2</integer></dict></array>
-		</dict>
-		<dict>
-			<key>$class</key>
-			<dict><key>CF$UID</key><integer>9</integer></dict>
-			<key>NS.keys</key>
-			<array>
-				<dict><key>CF$UID</key><integer>3</integer></dict>
-				<dict><key>CF$UID</key><integer>4</integer></dict>
-			</array>
-			<key>NS.objects</key>
-			<array>
-				<dict><key>CF$UID</key><integer>5</integer></dict>
-				<dict><key>CF$UID</key><integer>8</integer></dict>
-			</array>
-		</dict>
-		<string>launch</string>
-		<string>name</string>
-		<dict>
-			<key>$class</key>
-			<dict><key>CF$UID</key><integer>7</integer></dict>
-			<key>NS.objects</key>
-			<array><dict><key>CF$UID</key><integer>6</integer></dict></array>
-		</dict>
-		<string>com.foo.plist</string>
-		<dict>
-			<key>$classes</key>
-			<array><string>NSArray</string><string>NSObject</string></array>
-			<key>$classname</key>
-			<string>NSArray</string>
-		</dict>
-		<string>Foo</string>
-		<dict>
-			<key>$classes</key>
-			<array><string>NSDictionary</string><string>NSObject</string></array>
-			<key>$classname</key>
-			<string>NSDictionary</string>
-		</dict>
-	</array>
-	<key>$top</key>
-	<dict>
-		<key>root</key>
-		<dict><key>CF$UID</key><integer>1</integer></dict>
-	</dict>
-	<key>$version</key>
-	<integer>100000</integer>
-</dict>
-</plist>
-)";
-
 TEST(KeyedArchive, ReadsAndWritesApplesLayout) {
-    const auto apple = plist::parse(
-        {reinterpret_cast<const std::uint8_t*>(kAppleArchive.data()), kAppleArchive.size()});
+    // What NSKeyedArchiver writes for @[@{@"launch": @[@"com.foo.plist"], @"name": @"Foo"}], as
+    // `plutil -convert xml1` shows it.
+    const auto apple =
+        plist::readFile(SYSMEND_TEST_DATA "/plist/keyedarchive/one-threat-database.plist");
     ASSERT_TRUE(apple);
     const Value database = Array{dict({{"launch", Array{"com.foo.plist"}}, {"name", "Foo"}})};
 
