@@ -148,8 +148,15 @@ class Restorer:
 
     def restore(self):
         if self.path:
-            os.replace(self.path + ".mutate-orig", self.path)
+            put_back(self.path)
             self.path = None
+
+
+def put_back(path):
+    """Moves the pristine copy back and makes it newer than the mutant's object file: the copy
+    keeps the original's old time stamp, and the build would otherwise keep the mutant."""
+    os.replace(path + ".mutate-orig", path)
+    os.utime(path, None)
 
 
 def restore_leftovers(source):
@@ -157,7 +164,7 @@ def restore_leftovers(source):
         backup = os.path.join(source, rel) + ".mutate-orig"
         if os.path.exists(backup):
             print(f"restoring {rel} left mutated by an earlier run", file=sys.stderr)
-            os.replace(backup, os.path.join(source, rel))
+            put_back(os.path.join(source, rel))
 
 
 def run(cmd, timeout, **kw):
