@@ -132,17 +132,15 @@ class ControlsTest : public QObject {
         // The whole bounds answer, corner included.
         QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(1, 1));
         QCOMPARE(box->state(), 0);
-    }
 
-    void normalVariantKeepsTheClickRule() {
-        QWidget window;
-        auto* box = new NAOSCheckButton_Normal(&window);
-        box->setText(QStringLiteral("Caches"));
-        box->adjustSize();
-        window.show();
-        box->setState(-1);
-        QTest::mouseClick(box, Qt::LeftButton, {}, box->rect().center());
-        QCOMPARE(box->state(), 1);
+        // The variant with a text keeps the rule.
+        auto* normal = new NAOSCheckButton_Normal(&window);
+        normal->setText(QStringLiteral("Caches"));
+        normal->adjustSize();
+        normal->show();
+        normal->setState(-1);
+        QTest::mouseClick(normal, Qt::LeftButton, {}, normal->rect().center());
+        QCOMPARE(normal->state(), 1);
     }
 
     void disabledBoxDrawsUncheckedWhateverItsState() {
@@ -161,15 +159,12 @@ class ControlsTest : public QObject {
         QVERIFY(shieldDisabled != unchecked);
         QVERIFY(shieldDisabled != checked);
         QCOMPARE(pictureOfBox(shield, 1, true), checked);
-    }
 
-    void stateChangesAreDrawnAtOnce() {
-        NAOSCheckButton reference;
-        const QImage checked = pictureOfBox(reference, 1, true);
-        NAOSCheckButton box;
-        pictureOfBox(box, 0, true);
-        box.setState(1);
-        QCOMPARE(picture(box), checked);
+        // A change of state is drawn at once.
+        NAOSCheckButton other;
+        pictureOfBox(other, 0, true);
+        other.setState(1);
+        QCOMPARE(picture(other), checked);
     }
 
     void noContentViewHidesItsChildrenAndShowsThemAgain() {
@@ -194,7 +189,7 @@ class ControlsTest : public QObject {
         QCOMPARE(picture(view), plain);
     }
 
-    void lastCheckedSettingCannotBeCleared() {
+    void onlyTheLastCheckedSettingCannotBeCleared() {
         checkRemovalKinds(true, false);
         QWidget window;
         window.resize(500, 300);
@@ -222,23 +217,15 @@ class ControlsTest : public QObject {
         QTest::mouseClick(alert->button(QMessageBox::Ok), Qt::LeftButton);
         QTRY_VERIFY(box->alert() == nullptr);
         QVERIFY(box->isChecked());
-    }
 
-    void checkedSettingTogglesWhileAnotherStaysChecked() {
+        // With another setting checked it clears, and may always be checked again.
         checkRemovalKinds(true, true);
-        QWidget window;
-        auto* box = new NACheckBtn(&window);
-        box->setChecked(true);
-        box->setGeometry(0, 0, 200, 24);
-        window.show();
         LogCapture log;
-
         QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, 12));
         QVERIFY(!box->isChecked());
         QVERIFY(box->alert() == nullptr);
         QCOMPARE(log.lines(), std::vector<std::string>{"checkCount==2"});
 
-        // An unchecked box may always be checked, even with a single setting left.
         checkRemovalKinds(true, false);
         QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, 12));
         QVERIFY(box->isChecked());
@@ -260,6 +247,15 @@ class ControlsTest : public QObject {
         QCOMPARE(large.size(), QSize(100, 60));
         QCOMPARE(large.pixelColor(50, 30), QColor(Qt::red));
         QCOMPARE(large.pixelColor(25, 30).alpha(), 0);
+
+        // What is no image, or no size, gives nothing.
+        const QString notes = files_.filePath(QStringLiteral("notes.png"));
+        QFile text(notes);
+        QVERIFY(text.open(QIODevice::WriteOnly) && text.write("not a picture\n") > 0);
+        text.close();
+        for (const QString& file : {notes, files_.filePath(QStringLiteral("missing.png"))})
+            QVERIFY(thumbnailCreatWithUrl(QUrl::fromLocalFile(file), 16, 16).isNull());
+        QVERIFY(thumbnailCreatWithUrl(QUrl::fromLocalFile(path), 0, 16).isNull());
     }
 
     void thumbnailTurnsTheImageByItsOrientation() {
@@ -291,19 +287,6 @@ class ControlsTest : public QObject {
         QCOMPARE(thumb.pixelColor(1, 8).alpha(), 0);
     }
 
-    void thumbnailOfWhatIsNoImageIsNull() {
-        const QString path = files_.filePath(QStringLiteral("notes.png"));
-        QFile text(path);
-        QVERIFY(text.open(QIODevice::WriteOnly));
-        text.write("not a picture\n");
-        text.close();
-        QVERIFY(thumbnailCreatWithUrl(QUrl::fromLocalFile(path), 16, 16).isNull());
-        QVERIFY(thumbnailCreatWithUrl(QUrl::fromLocalFile(files_.filePath("missing.png")), 16, 16)
-                    .isNull());
-        const QString image = files_.filePath(QStringLiteral("wide.png"));
-        QVERIFY(thumbnailCreatWithUrl(QUrl::fromLocalFile(image), 0, 16).isNull());
-    }
-
     void attributedStringRestylesTheListedWords() {
         const NATextAttributes base{font_r(13), NAColor(80)};
         const NATextAttributes count{font_blod(13), NAMakeColor(11, 80, 208, 1.0)};
@@ -330,7 +313,7 @@ class ControlsTest : public QObject {
         QVERIFY(label.text().contains(QStringLiteral("a &lt; b")));
     }
 
-    void roundedRectRoundsOnlyTheCornersAskedFor() {
+    void pathsCoverOnlyWhatTheyShould() {
         const QRectF rect(0, 0, 100, 40);
         // Left-top rounded only (top as seen on the screen).
         const QPainterPath path = bezierPathWithRoundedRect(false, true, false, false, rect, 10);
@@ -344,9 +327,8 @@ class ControlsTest : public QObject {
         for (const QPointF corner :
              {QPointF(1, 1), QPointF(99, 1), QPointF(1, 39), QPointF(99, 39)})
             QVERIFY(!all.contains(corner));
-    }
 
-    void polarPointsAndRingSegmentsAgree() {
+        // Polar points: 90 degrees is straight up on the screen.
         const QPointF centre(50, 50);
         // 90 degrees is straight up on the screen.
         const QPointF up = FLPolar::pointWithPolarCenter(centre, 10, 90);
@@ -389,7 +371,7 @@ class ControlsTest : public QObject {
         QCOMPARE(window.pos(), before + QPoint(50, 30));
     }
 
-    void interfaceFilesMakeRealControls() {
+    void interfaceFilesMakeRealControlsOrNone() {
         std::unique_ptr<NAControlsProbeCell> cell(NAControlsProbeCell::initwithNib());
         QVERIFY(cell != nullptr);
         auto* box = cell->findChild<NAOSCheckButton*>(QStringLiteral("checkBtn"));
@@ -404,12 +386,11 @@ class ControlsTest : public QObject {
         auto* remove = cell->findChild<NAColorFillButton*>(QStringLiteral("removeBtn"));
         QVERIFY(remove != nullptr);
         QCOMPARE(remove->fillColor(), QColor(200, 30, 30));
-    }
 
-    void missingInterfaceFileWarnsAndMakesNoCell() {
-        NAMissingNibCell* cell = nullptr;
-        const QByteArray err = capturedStderr([&] { cell = NAMissingNibCell::initwithNib(); });
-        QVERIFY(cell == nullptr);
+        // A class without an interface file warns and makes no cell.
+        NAMissingNibCell* missing = nullptr;
+        const QByteArray err = capturedStderr([&] { missing = NAMissingNibCell::initwithNib(); });
+        QVERIFY(missing == nullptr);
         QCOMPARE(err, QByteArray("Warning! Could not load nib file.\n"));
     }
 };

@@ -3,16 +3,28 @@
 // the helpers the tests share.
 #pragma once
 
+#include <QDialogButtonBox>
 #include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <memory>
+#include <string>
 
+#include "app/app_delegate.h"
 #include "gui_test_support.h"
+#include "model/na_object.h"
+#include "platform/file_url.h"
 #include "platform/volume.h"
 #include "settings/user_defaults.h"
 #include "ui/named_image.h"
 
 namespace sysmend::test {
+
+// The rows of the shell's category list.
+enum Row { System, Crashes, ArpCache, AppViewer, StartupItems, Security, Firewall, Vexbane };
 
 class GuiTestEnv {
   public:
@@ -30,6 +42,18 @@ class GuiTestEnv {
 
     QString hostPath(const QString& volumePath) const { return volume_.path() + volumePath; }
 
+    // Writes a file (and its folders) on the volume.
+    void writeFile(const std::string& volumePath, const QByteArray& bytes = {}) const {
+        const QString path = hostPath(QString::fromStdString(volumePath));
+        QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+    bool exists(const std::string& volumePath) const {
+        return QFile::exists(hostPath(QString::fromStdString(volumePath)));
+    }
+
     static void removeAllDefaults() {
         UserDefaults& defaults = UserDefaults::standardUserDefaults();
         for (const std::string& key : defaults.keys())
@@ -41,11 +65,50 @@ class GuiTestEnv {
     QTemporaryDir volume_;
 };
 
+// The shell as the application starts it, its window shown.
+inline std::unique_ptr<AppDelegate> launch() {
+    auto delegate = std::make_unique<AppDelegate>();
+    delegate->applicationDidFinishLaunching();
+    delegate->window()->show();
+    if (!QTest::qWaitForWindowExposed(delegate->window()))
+        qWarning("the window was never exposed");
+    return delegate;
+}
+
+inline NACategoryObj& categoryOf(const AppDelegate& delegate, Row row) {
+    return *delegate.categorys().at(static_cast<std::size_t>(row));
+}
+
 // A left click in the middle of a widget that must be there and visible.
 inline void click(QWidget* widget) {
     QVERIFY(widget != nullptr);
     QVERIFY(widget->isVisible());
     QTest::mouseClick(widget, Qt::LeftButton);
+}
+
+// A click on a table's row, off its check box.
+inline void clickRow(NATableView* table, int row, int offset = 0) {
+    const QRect rect = table->visualRect(table->model()->index(row, 0));
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, rect.center() + QPoint(offset, 0));
+}
+
+// The groups and their items with their marks, as "Group[mark]{item[mark] ...} ...".
+inline QString tree(const NACategoryObj& category) {
+    QStringList groups;
+    for (const auto& g : category.groups())
+        groups << QString::fromStdString(toString(*g));
+    return groups.join(QLatin1Char(' '));
+}
+
+inline FileURL folderURL(const char* volumePath) {
+    return FileURL::fileURLWithPath(volumePath, true);
+}
+
+// Presses a folder chooser's default button, as the user would.
+inline void clickChoose(QFileDialog* chooser) {
+    auto* buttons = chooser->findChild<QDialogButtonBox*>();
+    QVERIFY(buttons != nullptr && buttons->button(QDialogButtonBox::Open) != nullptr);
+    QTest::mouseClick(buttons->button(QDialogButtonBox::Open), Qt::LeftButton);
 }
 
 }  // namespace sysmend::test

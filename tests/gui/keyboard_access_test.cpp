@@ -7,29 +7,23 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QProcess>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include "adware/na_adware_removal_pvc.h"
-#include "app/app_delegate.h"
 #include "app/na_result_list_hvc.h"
 #include "app/na_start_page.h"
 #include "appviewer/na_show_left_over_sheet.h"
+#include "gui_test_env.h"
 #include "network/na_arp_cache_pvc.h"
-#include "platform/volume.h"
 #include "sandbox/app_sandbox_file_access.h"
 #include "ui/na_group_models.h"
 #include "ui/na_os_check_button.h"
 #include "ui/na_progress_panel_vc.h"
 #include "ui/na_sheet.h"
-#include "ui/na_table_view.h"
-#include "ui/named_image.h"
 
 using namespace sysmend;
+using namespace sysmend::test;
 
 namespace {
-
-enum Row { Crashes = 1, ArpCache = 2, AppViewer = 3, StartupItems = 4, Firewall = 6, Vexbane = 7 };
 
 QString describe(const QWidget* widget) {
     return QStringLiteral("%1 \"%2\"")
@@ -55,9 +49,7 @@ class KeyboardAccessTest : public QObject {
     std::unique_ptr<AppDelegate> delegate_;
 
     QWidget* window() const { return delegate_->window(); }
-    NACategoryObj& category(Row row) const {
-        return *delegate_->categorys().at(static_cast<std::size_t>(row));
-    }
+    NACategoryObj& category(Row row) const { return categoryOf(*delegate_, row); }
     QString host(const std::string& volumePath) const {
         return QString::fromStdString(Volume::current().hostPath(volumePath));
     }
@@ -150,9 +142,7 @@ class KeyboardAccessTest : public QObject {
                  0);
         Volume::setCurrent(Volume(volume.toStdString(), "/Users/alice"));
         initGuiResources();
-        delegate_ = std::make_unique<AppDelegate>();
-        delegate_->applicationDidFinishLaunching();
-        window()->show();
+        delegate_ = launch();
         window()->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(window()));
 
@@ -176,8 +166,7 @@ class KeyboardAccessTest : public QObject {
         tabTo(delegate_->cTable());
         for (int row : {Crashes, ArpCache, AppViewer, StartupItems, Firewall, Vexbane}) {
             QCOMPARE(delegate_->cTable()->selectedRow(), row);
-            QVERIFY(delegate_->controllerView() ==
-                    delegate_->PVC(*delegate_->categorys()[static_cast<std::size_t>(row)]));
+            QVERIFY(delegate_->controllerView() == delegate_->PVC(category(Row(row))));
             auditAll(QString::fromStdString(category(Row(row)).title()));
             press(Qt::Key_Down);
         }

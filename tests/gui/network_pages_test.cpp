@@ -17,11 +17,9 @@
 
 using namespace sysmend;
 
-namespace {
+using test::folderURL;
 
-FileURL folderURL(const char* volumePath) {
-    return FileURL::fileURLWithPath(volumePath, true);
-}
+namespace {
 
 bool samePicture(const QPixmap& a, const QPixmap& b) {
     return !a.isNull() && a.toImage() == b.toImage();
@@ -63,12 +61,6 @@ class NetworkPagesTest : public QObject {
 
     static void grantPreferences() {
         AppSandboxFileAccess::fileAccess().persistPermissionPath("/Library/Preferences");
-    }
-
-    static void clickAccess(QFileDialog* chooser) {
-        auto* buttons = chooser->findChild<QDialogButtonBox*>();
-        QVERIFY(buttons != nullptr);
-        QTest::mouseClick(buttons->button(QDialogButtonBox::Open), Qt::LeftButton);
     }
 
     // Which of the page's two states shows: the status, or the access button.
@@ -127,16 +119,6 @@ class NetworkPagesTest : public QObject {
         QVERIFY(!samePicture(page.onImage(), page.offImage()));
     }
 
-    void withoutAccessOnlyTheAccessButtonShows() {
-        volume()->setFirewall(0);
-        NAFirewallPVC page;
-        page.loadView();
-        QVERIFY(!page.isAccessed());
-        verifyShowsStatus(page, false);
-        page.checkFirewallStatus();  // nothing to read without access
-        QVERIFY(page.status_text->text().isEmpty());
-    }
-
     void accessChooserConfirmsOnlyThePreferencesFolder() {
         volume()->setFirewall(0);
         volume()->mkdir("/Library/Preferences/SystemConfiguration");
@@ -165,13 +147,13 @@ class NetworkPagesTest : public QObject {
 
         // Another folder cannot be confirmed: the chooser stays open.
         chooser->setDirectory(env_.hostPath("/Library"));
-        clickAccess(chooser);
+        test::clickChoose(chooser);
         QVERIFY(chooser->isVisible());
         QVERIFY(!page.isAccessed());
 
         LogCapture log;
         chooser->setDirectory(env_.hostPath("/Library/Preferences"));
-        clickAccess(chooser);
+        test::clickChoose(chooser);
         QCOMPARE(log.lines(), std::vector<std::string>{"path==/Library/Preferences"});
         QVERIFY(page.isAccessed());
         verifyShowsStatus(page, true);
@@ -184,9 +166,16 @@ class NetworkPagesTest : public QObject {
         QVERIFY(next.isAccessed());
     }
 
-    void cancellingTheChooserKeepsTheAccessButton() {
+    void withoutAccessOnlyTheAccessButtonShowsAndCancelKeepsIt() {
+        volume()->setFirewall(0);
         NAFirewallPVC page;
         page.loadView();
+        QVERIFY(!page.isAccessed());
+        verifyShowsStatus(page, false);
+        page.checkFirewallStatus();  // nothing to read without access
+        QVERIFY(page.status_text->text().isEmpty());
+
+        // Cancelling the chooser keeps the access button and saves nothing.
         Window window;
         window.add(&page);
         page.checkFirewallStatus(page.checkBtn);
@@ -234,7 +223,7 @@ class NetworkPagesTest : public QObject {
         QTRY_COMPARE(page.status_text->text(), QStringLiteral("Firewall is on"));
     }
 
-    void arpGuideSheetIsMadeOnceAndClosesHarmlessly() {
+    void arpGuideSheetIsMadeOnceAndHelpOpensAPopover() {
         NAARPCachePVC page;
         page.loadView();
         Window window;
@@ -256,13 +245,8 @@ class NetworkPagesTest : public QObject {
         QCOMPARE(sheetParent(sheet), &window.window);
         sheet->closeAction();
         QVERIFY(sheetParent(sheet) == nullptr);
-    }
 
-    void arpHelpOpensAPopoverOnTheButton() {
-        NAARPCachePVC page;
-        page.loadView();
-        Window window;
-        window.add(&page);
+        // Help opens a popover on its button.
         QVERIFY(!page.popOver()->isVisible());
         QTest::mouseClick(page.helpButton, Qt::LeftButton);
         QVERIFY(page.popOver()->isVisible());

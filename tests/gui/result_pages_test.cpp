@@ -1,46 +1,36 @@
-// The result pages driven through their widgets: check boxes, Remove and start over on the
-// Crashes result of a built volume, the startup page's list-only Remove, the adware removal
-// with the browsers' lists and its failures, the display filter, the empty states and the
-// App Viewer.
+// The result pages driven through their widgets: the startup page's list-only Remove, the
+// adware removal with the browsers' lists and its failures, the display filter, the empty
+// states and the App Viewer; and under them the tables' models, whose marks set through either
+// model reach the engine and come back through the other, and the table that keeps cell views
+// for the rows in view only.
+#include <QAbstractItemModelTester>
+#include <QLabel>
+#include <QScrollBar>
 #include <QSignalSpy>
+#include <QStringListModel>
 #include <QTest>
-#include <filesystem>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "adware/na_groups_hvc.h"
-#include "app/app_delegate.h"
 #include "appviewer/app_information.h"
 #include "appviewer/na_app_view_hvc.h"
-#include "crashes/crash_scan.h"
 #include "gui_test_env.h"
 #include "model/tool_records.h"
 #include "platform/syslog.h"
-#include "sample/fake_volume.h"
 #include "startup/na_start_items_hvc.h"
 #include "tools/na_tools.h"
+#include "ui/na_group_models.h"
+#include "ui/na_outline_view.h"
 #include "ui/na_result_cell_views.h"
 #include "ui/na_sheet.h"
+#include "ui/na_table_view.h"
 
 using namespace sysmend;
+using namespace sysmend::test;
 
 namespace {
-
-QString tree(const NACategoryObj& category) {
-    QStringList groups;
-    for (const auto& g : category.groups())
-        groups << QString::fromStdString(toString(*g));
-    return groups.join(QLatin1Char(' '));
-}
-
-using test::cellAt;
-using test::click;
-using test::showPage;
-
-void clickRow(NATableView* table, int row) {
-    const QRect rect = table->visualRect(table->model()->index(row, 0));
-    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, rect.center() + QPoint(60, 0));
-}
 
 std::shared_ptr<NATreatObj> finding(const std::string& volumePath, const std::string& type = "") {
     auto treat = std::make_shared<NATreatObj>(volumePath, true);
@@ -56,96 +46,82 @@ std::shared_ptr<NAGroupObj> checkedGroup(const std::string& title, const NAFileo
     return group;
 }
 
+std::shared_ptr<NAFileobj> item(const std::string& name, std::int64_t mark = 1) {
+    auto file = std::make_shared<NAFileobj>();
+    file->setFileName(name);
+    file->setFilePath("/Users/alice/" + name);
+    file->setFileSize(100);
+    file->setIsChecked(mark);
+    return file;
+}
+
+// Makes a label per row and counts what the table asks.
+class LabelCells : public NATableViewDelegate {
+  public:
+    explicit LabelCells(const QAbstractItemModel& model) : model_(model) {}
+
+    QWidget* viewForTableColumn(NATableView*, int row) override {
+        if (row >= model_.rowCount())
+            return nullptr;
+        ++made;
+        return new QLabel(QString::number(row));
+    }
+    void tableViewSelectionDidChange(NATableView* table) override {
+        selections.push_back(table->selectedRow());
+    }
+
+    int made = 0;
+    std::vector<int> selections;
+
+  private:
+    const QAbstractItemModel& model_;
+};
+
+// A flat model of a given number of rows, for the table's own behaviour; setRows() resets it.
+struct CountModel : QStringListModel {
+    explicit CountModel(int rows) { setRows(rows); }
+    void setRows(int rows) { setStringList(QStringList(rows, QString())); }
+};
+
+// Both models over a category, the contents showing its first group, each watched by a model
+// tester for as long as they live.
+struct TestedModels {
+    explicit TestedModels(const std::shared_ptr<NACategoryObj>& category) {
+        groups.setCategoryObj(category);
+        contents.setGroup(groups.groupAt(0));
+    }
+
+    NAGroupsModel groups;
+    NAGroupContentsModel contents;
+    QAbstractItemModelTester groupsTester{&groups,
+                                          QAbstractItemModelTester::FailureReportingMode::QtTest};
+    QAbstractItemModelTester contentsTester{&contents,
+                                            QAbstractItemModelTester::FailureReportingMode::QtTest};
+};
+
+std::set<int> rowsWithCells(const NATableView& table) {
+    std::set<int> rows;
+    for (int row = 0; row < table.rowCount(); ++row) {
+        if (table.cellWidget(row))
+            rows.insert(row);
+    }
+    return rows;
+}
+
 }  // namespace
 
 class ResultPagesTest : public QObject {
     Q_OBJECT
 
   private:
-    test::GuiTestEnv env_;
+    GuiTestEnv env_;
 
   private slots:
     void initTestCase() { env_.setUp(); }
 
-    // Scan, check, uncheck, Remove and start over, all through the shell and real clicks.
-    void crashReportsAreRemovedAsCheckedAndStartOverEmptiesTheResult() {
-        sample::FakeVolume volume;
-        ScopedVolume current(volume.volume());
-        volume.addAppBundle("/Applications", "Crashy", "com.example.crashy");
-        std::vector<std::string> reports;
-        for (const char* name : {"Crashy_1.crash", "Crashy_2.crash", "Crashy_3.crash"})
-            reports.push_back(volume.addCrashReport(name, "com.example.crashy"));
-
-        AppDelegate delegate;
-        delegate.applicationDidFinishLaunching();
-        delegate.window()->show();
-        QVERIFY(QTest::qWaitForWindowExposed(delegate.window()));
-        const std::shared_ptr<NACategoryObj> crashes = delegate.categorys()[1];
-        scanCrashedApplications(crashes);
-        crashes->setIsNeedRefresh(true);
-        crashes->setDisplayState(1);
-        delegate.displayViewController(*crashes);
-        crashes->setIsNeedRefresh(false);
-
-        auto* page = qobject_cast<NAGroupsHVC*>(delegate.HVC(*crashes));
-        QVERIFY(page != nullptr);
-        QCOMPARE(delegate.controllerView(), page);
-        QCOMPARE(page->g_table()->rowCount(), 1);
-        QCOMPARE(page->g_table()->selectedRow(), 0);
-        QCOMPARE(page->c_table()->rowCount(), 3);
-        QCOMPARE(page->summaryLabel()->text(), QString());
-        QVERIFY(!page->removeButton()->isEnabled());
-
-        auto* groupCell = cellAt<NAGroupTableBaseCellView>(page->g_table(), 0);
-        QVERIFY(groupCell != nullptr);
-        QCOMPARE(groupCell->title_view->text(), QStringLiteral("Crashy"));
-        QCOMPARE(cellAt<NAFilelistCellBaseView>(page->c_table(), 0)->name_text->text(),
-                 QStringLiteral("Crashy_1.crash"));
-        click(groupCell->checkBtn);
-        const NAFileobjArray& items = crashes->groups()[0]->contents();
-        QCOMPARE(tree(*crashes), QStringLiteral("Crashy[1]{[1] [1] [1]}"));
-        QCOMPARE(page->summaryLabel()->text(),
-                 QString::fromStdString("3 files | " +
-                                        recal_size(items[0]->fileSize() + items[1]->fileSize() +
-                                                   items[2]->fileSize())));
-        QCOMPARE(cellAt<NAFilelistCellBaseView>(page->c_table(), 1)->checkBtn->state(), 1);
-
-        // Keep the second report.
-        click(cellAt<NAFilelistCellBaseView>(page->c_table(), 1)->checkBtn);
-        QCOMPARE(tree(*crashes), QStringLiteral("Crashy[-1]{[1] [0] [1]}"));
-        QCOMPARE(page->summaryLabel()->text(),
-                 QString::fromStdString("2 files | " +
-                                        recal_size(items[0]->fileSize() + items[2]->fileSize())));
-        QCOMPARE(page->c_table()->selectedRow(), 1);
-        QCOMPARE(cellAt<NAGroupTableBaseCellView>(page->g_table(), 0)->checkBtn->state(), -1);
-        QCOMPARE(page->removeButton()->text(), QStringLiteral("Remove"));
-
-        click(page->removeButton());
-        QVERIFY(page->progressPanel() != nullptr);
-        QVERIFY(sheetParent(page->progressPanel()) == nullptr);
-        QVERIFY(!std::filesystem::exists(volume.host(reports[0])));
-        QVERIFY(std::filesystem::exists(volume.host(reports[1])));
-        QVERIFY(!std::filesystem::exists(volume.host(reports[2])));
-        QCOMPARE(tree(*crashes), QStringLiteral("Crashy[-1]{[0]}"));
-        QCOMPARE(crashes->groups()[0]->contents()[0]->filePath(), reports[1]);
-        QCOMPARE(page->c_table()->rowCount(), 1);
-        QCOMPARE(page->summaryLabel()->text(), QString());
-
-        click(delegate.startOverBtn());
-        QCOMPARE(crashes->displayState(), 0);
-        QVERIFY(crashes->groups().empty());
-        QCOMPARE(crashes->infromation(), std::string());
-        QCOMPARE(delegate.controllerView(), delegate.PVC(*crashes));
-        QCOMPARE(page->g_table()->rowCount(), 0);
-        QCOMPARE(page->c_table()->rowCount(), 0);
-    }
-
     void startupRemoveOnlyTakesCheckedWebItemsOffTheList() {
         const std::string job = "/Library/LaunchAgents/com.example.agent.plist";
-        QVERIFY(QDir().mkpath(env_.hostPath(QStringLiteral("/Library/LaunchAgents"))));
-        QFile file(env_.hostPath(QString::fromStdString(job)));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.close();
+        env_.writeFile(job);
 
         auto category = std::make_shared<NACategoryObj>("Startup Items", ImageRef::none());
         category->setCategoryType(6);
@@ -181,7 +157,7 @@ class ResultPagesTest : public QObject {
         click(page->removeButton());
         QVERIFY(page->progressPanel() != nullptr);
         QVERIFY(sheetParent(page->progressPanel()) == nullptr);
-        QVERIFY(QFile::exists(env_.hostPath(QString::fromStdString(job))));
+        QVERIFY(env_.exists(job));
         QCOMPARE(tree(*category), QStringLiteral("Example[1]{com.example.agent[1]} Web[0]{b[0]}"));
         QCOMPARE(page->g_table()->rowCount(), 2);
 
@@ -202,16 +178,11 @@ class ResultPagesTest : public QObject {
         const std::string safari = "/Users/alice/Library/Safari/Extensions";
         const std::string profile =
             "/Users/alice/Library/Application Support/Firefox/Profiles/p.default";
-        for (const std::string& folder : {safari, profile + "/extensions"})
-            QVERIFY(QDir().mkpath(env_.hostPath(QString::fromStdString(folder))));
         for (const std::string& path :
              {safari + "/Bad.safariextz", safari + "/Extensions.plist",
               profile + "/extensions/bad@example.xpi", profile + "/extensions.json",
-              std::string("/Users/alice/keep.txt")}) {
-            QFile file(env_.hostPath(QString::fromStdString(path)));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write("x");
-        }
+              std::string("/Users/alice/keep.txt")})
+            env_.writeFile(path, "x");
         auto category = std::make_shared<NACategoryObj>("Vexbane", ImageRef::none());
         category->setCategoryType(3);
         auto gone = finding("/Users/alice/Library/LaunchAgents/gone.plist");
@@ -231,8 +202,8 @@ class ResultPagesTest : public QObject {
         for (const std::string& path :
              {safari + "/Bad.safariextz", safari + "/Extensions.plist",
               profile + "/extensions/bad@example.xpi", profile + "/extensions.json"})
-            QVERIFY2(!QFile::exists(env_.hostPath(QString::fromStdString(path))), path.c_str());
-        QVERIFY(QFile::exists(env_.hostPath(QStringLiteral("/Users/alice/keep.txt"))));
+            QVERIFY2(!env_.exists(path), path.c_str());
+        QVERIFY(env_.exists("/Users/alice/keep.txt"));
         QCOMPARE(tree(*category), QStringLiteral("Other[0]{keep[0]}"));
         QCOMPARE(page->g_table()->rowCount(), 1);
         QVERIFY(page->currentGroup() == category->groups()[0]);
@@ -245,29 +216,6 @@ class ResultPagesTest : public QObject {
         QVERIFY(sheetParent(sheet) != nullptr);
         QCOMPARE(sheet->leftOverFiles(), &page->removeFaildFiles());
         sheet->doneActiobn();
-        QVERIFY(page->removeFaildFiles().empty());
-    }
-
-    // A finding whose box the user cleared stays on disk and in its group after Remove.
-    void anUncheckedFindingIsKept() {
-        const std::string agents = "/Users/alice/Library/LaunchAgents/";
-        QVERIFY(QDir().mkpath(env_.hostPath(QString::fromStdString(agents))));
-        for (const char* name : {"bad.plist", "spared.plist"}) {
-            QFile file(env_.hostPath(QString::fromStdString(agents + name)));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-        }
-        auto category = std::make_shared<NACategoryObj>("Vexbane", ImageRef::none());
-        category->setCategoryType(3);
-        category->groups() = {checkedGroup(
-            "Threat", {finding(agents + "bad.plist"), finding(agents + "spared.plist")})};
-        auto page = showPage<NAGroupsHVC>(category);
-
-        click(cellAt<NAFilelistCellBaseView>(page->c_table(), 1)->checkBtn);
-        QCOMPARE(tree(*category), QStringLiteral("Threat[-1]{bad[1] spared[0]}"));
-        click(page->removeButton());
-        QVERIFY(!QFile::exists(env_.hostPath(QString::fromStdString(agents + "bad.plist"))));
-        QVERIFY(QFile::exists(env_.hostPath(QString::fromStdString(agents + "spared.plist"))));
-        QCOMPARE(tree(*category), QStringLiteral("Threat[0]{spared[0]}"));
         QVERIFY(page->removeFaildFiles().empty());
     }
 
@@ -352,7 +300,7 @@ class ResultPagesTest : public QObject {
         auto page = showPage<NAAppViewHVC>(category);
         QVERIFY(page->contents_view_superview()->isVisible());
 
-        clickRow(page->g_table(), 5);
+        clickRow(page->g_table(), 5, 60);
         QCOMPARE(page->g_table()->selectedRow(), 5);
         QCOMPARE(page->c_table()->rowCount(), 20);
         auto* row = cellAt<NALabelKeyAndValueCellBaseView>(page->c_table(), 3);
@@ -378,6 +326,199 @@ class ResultPagesTest : public QObject {
         auto emptyPage = showPage<NAAppViewHVC>(empty);
         QVERIFY(emptyPage->contents_view_superview()->isHidden());
         QVERIFY(emptyPage->g_table()->isVisible());
+    }
+    void marksGoThroughTheEngineAndBackThroughTheOtherModel() {
+        auto category = std::make_shared<NACategoryObj>();
+        auto empty = std::make_shared<NAGroupObj>("Empty", ImageRef::none());
+        empty->setIsChecked(1);
+        category->groups() = {checkedGroup("A", {item("a1"), item("a2"), item("a3")}),
+                              checkedGroup("B", {item("b1")}), empty};
+        TestedModels models(category);
+        NAGroupsModel& groups = models.groups;
+        NAGroupContentsModel& contents = models.contents;
+        QCOMPARE(groups.index(1, 0).data().toString(), QStringLiteral("B"));
+        QCOMPARE(contents.index(2, 0).data(Qt::ToolTipRole).toString(),
+                 QStringLiteral("/Users/alice/a3"));
+
+        // An item unchecked: its group turns mixed, which the other model reports once told.
+        QSignalSpy groupChanges(&groups, &QAbstractItemModel::dataChanged);
+        QVERIFY(contents.setData(contents.index(1, 0), Qt::Unchecked, Qt::CheckStateRole));
+        QCOMPARE(tree(*category), QStringLiteral("A[-1]{a1[1] a2[0] a3[1]} B[1]{b1[1]} Empty[1]{}"));
+        groups.checkMarksChanged();
+        QCOMPARE(groupChanges.count(), 1);
+        QCOMPARE(groups.index(0, 0).data(Qt::CheckStateRole).toInt(),
+                 static_cast<int>(Qt::PartiallyChecked));
+
+        // The group checked again: every item follows, reported as one range.
+        QSignalSpy itemChanges(&contents, &QAbstractItemModel::dataChanged);
+        QVERIFY(groups.setData(groups.index(0, 0), Qt::Checked, Qt::CheckStateRole));
+        contents.checkMarksChanged();
+        QCOMPARE(itemChanges.count(), 1);
+        QCOMPARE(itemChanges.first().at(0).toModelIndex().row(), 0);
+        QCOMPARE(itemChanges.first().at(1).toModelIndex().row(), 2);
+        QCOMPARE(contents.index(1, 0).data(Qt::CheckStateRole).toInt(),
+                 static_cast<int>(Qt::Checked));
+
+        // A mark given as it is: -1 goes down to every item. Other values are refused, and a
+        // group without items cannot be checked at all.
+        QVERIFY(groups.setData(groups.index(1, 0), -1, MarkRole));
+        QCOMPARE(tree(*category), QStringLiteral("A[1]{a1[1] a2[1] a3[1]} B[-1]{b1[-1]} Empty[1]{}"));
+        QVERIFY(!groups.setData(groups.index(1, 0), QStringLiteral("x"), Qt::CheckStateRole));
+        QVERIFY(!groups.setData(groups.index(1, 0), 0, Qt::DisplayRole));
+        QVERIFY(!(groups.flags(groups.index(2, 0)) & Qt::ItemIsUserCheckable));
+        QVERIFY(!groups.setData(groups.index(2, 0), Qt::Unchecked, Qt::CheckStateRole));
+        QCOMPARE(empty->isChecked(), 1);
+    }
+
+    void inPlaceChangesShowOnlyAfterAReset() {
+        auto category = std::make_shared<NACategoryObj>();
+        category->groups() = {checkedGroup("A", {item("a1"), item("a2")}),
+                              checkedGroup("B", {item("b1")}), checkedGroup("C", {item("c1")})};
+        TestedModels models(category);
+        NAGroupsModel& groups = models.groups;
+        NAGroupContentsModel& contents = models.contents;
+
+        // Changed behind the models' back: they keep the count they announced, and a row that
+        // has gone answers nothing instead of reading past the array.
+        category->groups().pop_back();
+        category->groups().pop_back();
+        QCOMPARE(groups.rowCount(), 3);
+        QVERIFY(!groups.index(2, 0).data().isValid());
+        QVERIFY(groups.groupAt(2) == nullptr);
+        groups.reload();
+        QCOMPARE(groups.rowCount(), 1);
+
+        QSignalSpy resets(&contents, &QAbstractItemModel::modelReset);
+        groups.changeGroups([&] {
+            contents.changeContents([&] {
+                category->groups()[0]->removeFileObj(category->groups()[0]->contents()[0]);
+                category->groups().push_back(checkedGroup("D", {}));
+            });
+        });
+        QCOMPARE(resets.count(), 1);
+        QCOMPARE(groups.rowCount(), 2);
+        QCOMPARE(contents.rowCount(), 1);
+        QCOMPARE(contents.index(0, 0).data().toString(), QStringLiteral("a2"));
+        QCOMPARE(groups.rowOfGroup(category->groups()[1].get()), 1);
+
+        contents.setGroup(nullptr);
+        QCOMPARE(contents.rowCount(), 0);
+        groups.setCategoryObj({});
+        QCOMPARE(groups.rowCount(), 0);
+    }
+
+    void aHugeTableHoldsCellViewsForTheRowsInViewOnly() {
+        CountModel model(100000);
+        LabelCells cells(model);
+        NATableView table;
+        table.resize(300, 400);
+        table.setModel(&model);
+        table.setRowHeight(40);
+        table.setTableDelegate(&cells);
+        table.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&table));
+
+        const std::set<int> top = rowsWithCells(table);
+        QVERIFY(top.count(0));
+        QVERIFY(top.size() >= 10 && top.size() <= 20);
+        QCOMPARE(static_cast<int>(top.size()), cells.made);
+
+        table.verticalScrollBar()->setValue(table.verticalScrollBar()->maximum());
+        const std::set<int> bottom = rowsWithCells(table);
+        QVERIFY(bottom.count(99999));
+        QVERIFY(!bottom.count(0));
+        QVERIFY(bottom.size() <= 20);
+
+        // A row that changes gets a fresh cell; the others are left alone.
+        QWidget* before = table.cellWidget(99990);
+        QWidget* neighbour = table.cellWidget(99991);
+        QVERIFY(before && neighbour);
+        const int madeBefore = cells.made;
+        emit model.dataChanged(model.index(99990, 0), model.index(99990, 0));
+        QVERIFY(table.cellWidget(99990) != before);
+        QCOMPARE(table.cellWidget(99991), neighbour);
+        QCOMPARE(cells.made, madeBefore + 1);
+        QCOMPARE(table.rowForView(table.cellWidget(99991)), 99991);
+        QCOMPARE(NATableView::enclosingTable(table.cellWidget(99991)), &table);
+    }
+
+    void aTableThatMustKeepASelectionKeepsOne() {
+        CountModel model(5);
+        LabelCells cells(model);
+        NATableView table;
+        table.resize(300, 400);
+        table.setModel(&model);
+        table.setAllowsEmptySelection(false);
+        table.setTableDelegate(&cells);
+        table.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&table));
+
+        table.selectRowIndexes(3);
+        QCOMPARE(cells.selections, std::vector<int>{3});
+
+        // A reload keeps the row and tells no one.
+        model.setRows(5);
+        QCOMPARE(table.selectedRow(), 3);
+        QCOMPARE(cells.selections, std::vector<int>{3});
+
+        // A cell that holds the focus is made anew without the focus moving the selection on.
+        table.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&table));
+        QWidget* focused = table.cellWidget(3);
+        focused->setFocusPolicy(Qt::StrongFocus);
+        focused->setFocus();
+        QVERIFY(focused->hasFocus());
+        emit model.dataChanged(model.index(0, 0), model.index(4, 0));
+        QCOMPARE(table.selectedRow(), 3);
+        QCOMPARE(cells.selections, std::vector<int>{3});
+
+        // The user cannot take the selection away.
+        const QRect row3 = table.visualRect(model.index(3, 0));
+        QTest::mouseClick(table.viewport(), Qt::LeftButton, Qt::ControlModifier, row3.center());
+        QCOMPARE(table.selectedRow(), 3);
+
+        // Rows that go move the selection to the nearest one left, and say so.
+        model.removeRows(2, 3);
+        QCOMPARE(table.selectedRow(), 1);
+        model.setRows(1);
+        QCOMPARE(table.selectedRow(), 0);
+        QCOMPARE(cells.selections.back(), 0);
+        model.setRows(0);
+        QCOMPARE(table.selectedRow(), -1);
+        QCOMPARE(cells.selections.back(), -1);
+    }
+
+    void emptyTablesDrawTheirEmptyState_data() {
+        QTest::addColumn<bool>("outline");
+        QTest::newRow("table") << false;
+        QTest::newRow("outline") << true;
+    }
+
+    void emptyTablesDrawTheirEmptyState() {
+        QFETCH(bool, outline);
+        CountModel model(0);
+        NATableView table;
+        NAOutLineView outlineView;
+        QAbstractItemView* view = outline ? static_cast<QAbstractItemView*>(&outlineView) : &table;
+        view->resize(360, 400);
+        view->setModel(&model);
+        view->setStyleSheet(QStringLiteral("QAbstractItemView { background: white; }"));
+        view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(view));
+
+        auto inkInMiddle = [&] {
+            const QImage image = view->viewport()->grab().toImage();
+            const QRect middle(image.width() / 2 - 60, image.height() / 2 - 80, 120, 140);
+            int ink = 0;
+            for (int y = middle.top(); y <= middle.bottom(); ++y) {
+                for (int x = middle.left(); x <= middle.right(); ++x)
+                    ink += image.pixelColor(x, y).lightness() < 245 ? 1 : 0;
+            }
+            return ink;
+        };
+        QVERIFY(inkInMiddle() > 200);
+        model.setRows(3);
+        QCOMPARE(inkInMiddle(), 0);
     }
 };
 

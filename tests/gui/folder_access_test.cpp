@@ -1,5 +1,8 @@
-// The chooser the folder grants show when they ask the user: what it shows, which folders it
-// lets through, cancel, and a call from a worker thread that waits for the chooser to close.
+// The folder choosers. The start pages' prompts: a saved grant is used without asking;
+// otherwise the chooser lets only the asked folder be confirmed, saves the grant on OK and
+// nothing on cancel. The chooser the folder grants show when they ask the user: what it shows,
+// which folders it lets through, cancel, and a call from a worker thread that waits for the
+// chooser to close.
 #include <QAbstractProxyModel>
 #include <QFileSystemModel>
 #include <QLabel>
@@ -11,24 +14,28 @@
 #include <optional>
 #include <thread>
 
+#include "app/na_root_pvc.h"
 #include "gui_test_env.h"
+#include "platform/syslog.h"
 #include "sandbox/app_sandbox_file_access.h"
 #include "sandbox/na_permission_panel.h"
 
 using namespace sysmend;
+using test::clickChoose;
+using test::folderURL;
 
-namespace {
-
-FileURL folderURL(const char* volumePath) {
-    return FileURL::fileURLWithPath(volumePath, true);
-}
-
-}  // namespace
-
-class PermissionPanelTest : public QObject {
+class FolderAccessTest : public QObject {
     Q_OBJECT
 
   private:
+    static bool showsLabel(const QFileDialog* panel, const QString& text) {
+        for (const QLabel* label : panel->findChildren<QLabel*>()) {
+            if (label->text() == text)
+                return true;
+        }
+        return false;
+    }
+
     // Runs `act` on the chooser once it runs modally. A chooser that `act` leaves open (a
     // failed check returns early) is cancelled, so that the test goes on.
     void whenShown(std::function<void(QFileDialog*)> act) {
@@ -61,10 +68,13 @@ class PermissionPanelTest : public QObject {
 
     test::GuiTestEnv env_;
     NAPermissionPanel panel_;
+    NARootPVC page_;
 
   private slots:
     void initTestCase() {
         env_.setUp();
+        page_.loadView();
+        QVERIFY(page_.fileAccess() == &AppSandboxFileAccess::fileAccess());
         access().setPermissionPanel(&panel_);
     }
 
@@ -72,6 +82,63 @@ class PermissionPanelTest : public QObject {
 
     void cleanup() { test::GuiTestEnv::removeAllDefaults(); }
 
+    void savedGrantAnswersWithoutAChooser() {
+        page_.fileAccess()->persistPermissionPath("/Users/alice");
+        std::optional<bool> granted;
+        page_.grantUserPermission([&](bool ok) { granted = ok; });
+        QCOMPARE(granted, std::optional<bool>(true));
+        QVERIFY(page_.userOpenpanel() == nullptr);
+    }
+
+    void homeChooserConfirmsOnlyTheHomeFolder() {
+        std::optional<bool> granted;
+        page_.grantUserPermission([&](bool ok) { granted = ok; });
+        QFileDialog* panel = page_.userOpenpanel();
+        QVERIFY(panel != nullptr);
+        QVERIFY(!granted);
+        QCOMPARE(panel->labelText(QFileDialog::Accept), QStringLiteral("Choose Home Folder"));
+        QVERIFY(showsLabel(panel,
+                           "For Sysmend to function correctly, you need to allow access "
+                           "to your home folder."));
+
+        QVERIFY(page_.panel(panel, folderURL("/Users/alice")));
+        QVERIFY(!page_.panel(panel, folderURL("/Users")));
+        QVERIFY(!page_.panel(panel, folderURL("/Users/alice/Documents")));
+        QVERIFY(!page_.panel(panel, folderURL("/Applications")));
+        QVERIFY(!page_.panel(nullptr, folderURL("/Users/alice")));
+
+        // Confirming another folder is refused: the chooser stays open.
+        panel->setDirectory(env_.hostPath("/Users/alice/Documents"));
+        clickChoose(panel);
+        QVERIFY(!granted);
+        QVERIFY(panel->isVisible());
+
+        LogCapture log;
+        panel->setDirectory(env_.hostPath("/Users/alice"));
+        clickChoose(panel);
+        QCOMPARE(granted, std::optional<bool>(true));
+        QCOMPARE(log.lines(), std::vector<std::string>{"path==/Users/alice"});
+        QVERIFY(page_.fileAccess()->startAceess(folderURL("/Users/alice"), false));
+    }
+
+    void cancellingTheApplicationsChooserSavesNothing() {
+        std::optional<bool> granted;
+        page_.graintAppPrmission([&](bool ok) { granted = ok; });
+        QFileDialog* panel = page_.appOpenpanel();
+        QVERIFY(panel != nullptr);
+        QCOMPARE(panel->labelText(QFileDialog::Accept),
+                 QStringLiteral("Choose Application Folder"));
+        QVERIFY(showsLabel(panel,
+                           "For Sysmend to function correctly, you need to allow access "
+                           "to your Application folder."));
+        QVERIFY(page_.panel(panel, folderURL("/Applications")));
+        QVERIFY(!page_.panel(panel, folderURL("/Users/alice")));
+
+        panel->reject();
+        QCOMPARE(granted, std::optional<bool>(false));
+        QVERIFY(UserDefaults::standardUserDefaults().keys().empty());
+        QVERIFY(!page_.fileAccess()->startAceess(folderURL("/Applications"), false));
+    }
     void showsTheRequestAndEnablesOnlyTheAskedFolderAndItsAncestors() {
         bool checked = false;
         whenShown([&](QFileDialog* chooser) {
@@ -157,5 +224,5 @@ class PermissionPanelTest : public QObject {
     }
 };
 
-QTEST_MAIN(PermissionPanelTest)
-#include "permission_panel_test.moc"
+QTEST_MAIN(FolderAccessTest)
+#include "folder_access_test.moc"

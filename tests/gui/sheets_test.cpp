@@ -1,18 +1,20 @@
-// The leftovers sheet: its rows over the owner's own list, Done emptying that list whether the
-// sheet is shown or not, the search button showing a file's folder, and the help popover.
+// Sheets: begin/end with their completion, ending a sheet that is not shown, the progress
+// panels' texts; and the leftovers sheet, its rows over the owner's own list, Done emptying
+// that list whether the sheet is shown or not, the search button showing a file's folder, and
+// the help popover.
 #include <QAbstractItemModelTester>
 #include <QDesktopServices>
-#include <QDir>
-#include <QFile>
 #include <QLabel>
 #include <QTest>
 #include <QUrl>
+#include <limits>
 #include <memory>
 
 #include "appviewer/app_view_help_vc.h"
 #include "appviewer/na_left_over_show_view.h"
 #include "appviewer/na_show_left_over_sheet.h"
 #include "gui_test_env.h"
+#include "ui/na_progress_panel_vc.h"
 #include "ui/na_sheet.h"
 #include "ui/na_table_row_view.h"
 
@@ -28,7 +30,7 @@ class UrlRecorder : public QObject {
     void open(const QUrl& url) { opened << url; }
 };
 
-class LeftoverSheetTest : public QObject {
+class SheetsTest : public QObject {
     Q_OBJECT
 
   private:
@@ -49,9 +51,7 @@ class LeftoverSheetTest : public QObject {
   private slots:
     void initTestCase() {
         env_.setUp();
-        QVERIFY(QDir(env_.hostPath("")).mkpath(QStringLiteral("Library/LaunchAgents")));
-        QFile agent(env_.hostPath("/Library/LaunchAgents/com.example.agent.plist"));
-        QVERIFY(agent.open(QIODevice::WriteOnly));
+        env_.writeFile("/Library/LaunchAgents/com.example.agent.plist");
         QDesktopServices::setUrlHandler(QStringLiteral("file"), &viewer_, "open");
     }
 
@@ -59,15 +59,65 @@ class LeftoverSheetTest : public QObject {
 
     void init() { viewer_.opened.clear(); }
 
-    void anEmptyListShowsAnEmptyTable() {
-        NAShowLeftOverSheet sheet;
-        sheet.loadWindow();
-        QAbstractItemModelTester tester(sheet.table()->model(),
-                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QVERIFY(sheet.leftOverFiles() != nullptr);
-        QVERIFY(sheet.leftOverFiles()->empty());
-        QCOMPARE(sheet.table()->rowCount(), 0);
-        QVERIFY(!sheet.appIconImageView()->pixmap().isNull());
+    void sheetRunsItsCompletionOnceAndASecondEndIsHarmless() {
+        QWidget window;
+        window.resize(600, 400);
+        window.show();
+        NAProgressPanelVC panel;
+        panel.loadWindow();
+        QCOMPARE(panel.information(), QStringLiteral("Please wait ......"));
+        QCOMPARE(panel.informationLabel->text(), QStringLiteral("Please wait ......"));
+        QCOMPARE(panel.progress->maximum(), 0);  // busy
+
+        QVERIFY(sheetParent(&panel) == nullptr);
+        endSheet(&panel);  // not shown: nothing happens
+
+        std::vector<int> codes;
+        beginSheet(&window, &panel, [&](int code) { codes.push_back(code); });
+        QCOMPARE(sheetParent(&panel), &window);
+        QVERIFY(panel.isModal() || panel.windowModality() != Qt::NonModal);
+
+        endSheet(&panel, kModalResponseContinue);
+        endSheet(&panel, 5);
+        QCOMPARE(codes, std::vector<int>{kModalResponseContinue});
+        QVERIFY(sheetParent(&panel) == nullptr);
+
+        // Shown again with a new completion: only the new one runs.
+        std::vector<int> second;
+        beginSheet(&window, &panel, [&](int code) { second.push_back(code); });
+        endSheet(&panel, 1);
+        QCOMPARE(codes.size(), std::size_t{1});
+        QCOMPARE(second, std::vector<int>{1});
+
+        // Escape and closing do not end a sheet that waits for work.
+        int ended = 0;
+        beginSheet(&window, &panel, [&](int) { ++ended; });
+        QTest::keyClick(&panel, Qt::Key_Escape);
+        panel.close();
+        QCOMPARE(ended, 0);
+        QVERIFY(sheetParent(&panel) != nullptr);
+        endSheet(&panel);
+        QCOMPARE(ended, 1);
+    }
+
+    void scanPanelShowsCountsAndLeavesTheTimeToItsPage() {
+        NAProgressPanel2VC panel;
+        panel.loadWindow();
+        QCOMPARE(panel.scan_path(), QStringLiteral("Please wait ......"));
+        QVERIFY(!panel.imageView->pixmap().isNull());
+
+        panel.setTime_used(QStringLiteral("Time Elapsed: 00:00:03"));
+        panel.update(QStringLiteral("/Library/LaunchAgents/a.plist"), 0, 0,
+                     QStringLiteral("ignored"));
+        QCOMPARE(panel.scaned_files_count(), QStringLiteral("Scanned Files: 0"));
+        QCOMPARE(panel.threats_files_count(), QStringLiteral("Threat Found: 0"));
+        QCOMPARE(panel.time_used(), QStringLiteral("Time Elapsed: 00:00:03"));
+        QCOMPARE(panel.scan_path(), QStringLiteral("/Library/LaunchAgents/a.plist"));
+
+        const std::int64_t big = std::numeric_limits<std::int64_t>::max();
+        panel.update(QStringLiteral("x"), big, big - 1, {});
+        QCOMPARE(panel.scaned_files_count(), QStringLiteral("Scanned Files: 9223372036854775807"));
+        QCOMPARE(panel.threats_files_count(), QStringLiteral("Threat Found: 9223372036854775806"));
     }
 
     void showsTheOwnersListAndDoneEmptiesIt() {
@@ -83,6 +133,9 @@ class LeftoverSheetTest : public QObject {
         sheet.loadWindow();
         QAbstractItemModelTester tester(sheet.table()->model(),
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QVERIFY(sheet.leftOverFiles() != nullptr && sheet.leftOverFiles()->empty());
+        QCOMPARE(sheet.table()->rowCount(), 0);
+        QVERIFY(!sheet.appIconImageView()->pixmap().isNull());
         sheet.setLeftOverFiles(&failed);
         QCOMPARE(sheet.leftOverFiles(), &failed);
 
@@ -109,25 +162,9 @@ class LeftoverSheetTest : public QObject {
         QVERIFY(sheetParent(&sheet) == nullptr);
         QVERIFY(failed.empty());  // the owner's own list
         QCOMPARE(sheet.table()->rowCount(), 0);
-    }
 
-    void escapeIsDone() {
-        NAFileobjArray failed{item("/Library/LaunchAgents/com.example.agent.plist")};
-        QWidget window;
-        window.show();
-        NAShowLeftOverSheet sheet;
-        sheet.loadWindow();
-        sheet.setLeftOverFiles(&failed);
-        beginSheet(&window, &sheet);
-        QTest::keyClick(&sheet, Qt::Key_Escape);
-        QVERIFY(sheetParent(&sheet) == nullptr);
-        QVERIFY(failed.empty());
-    }
-
-    void doneOnADetachedSheetOnlyEmptiesTheList() {
-        NAFileobjArray failed{item("/Library/LaunchAgents/com.example.agent.plist")};
-        NAShowLeftOverSheet sheet;
-        sheet.loadWindow();
+        // Done on a sheet that is not shown only empties the list.
+        failed = {item("/Library/LaunchAgents/com.example.agent.plist")};
         sheet.setLeftOverFiles(&failed);
         QCOMPARE(sheet.table()->rowCount(), 1);
         sheet.doneActiobn();
@@ -184,5 +221,5 @@ class LeftoverSheetTest : public QObject {
     }
 };
 
-QTEST_MAIN(LeftoverSheetTest)
-#include "leftover_sheet_test.moc"
+QTEST_MAIN(SheetsTest)
+#include "sheets_test.moc"

@@ -1,7 +1,9 @@
-// The start pages of the four scanning tools, driven through the real shell: press the start
-// button, let the scan run behind its sheet, and find the results in the category and the
-// result page on screen. Refused folder access changes nothing; the adware sheet counts every
-// visit exactly without flooding the event queue, and its Stop button reaches the scan.
+// The shell and the four scanning tools' start pages, driven through the real window: the
+// category list and which page each selection shows, start over, close and the defaults reset;
+// then press the start button, let the scan run behind its sheet, and find the results in the
+// category and the result page on screen. Refused folder access changes nothing; the adware
+// sheet counts every visit exactly without flooding the event queue, and its Stop button
+// reaches the scan.
 #include <QFileDialog>
 #include <QPushButton>
 #include <QSemaphore>
@@ -17,8 +19,8 @@
 #include "adware/na_groups_hvc.h"
 #include "adware/signature_database.h"
 #include "adware/signature_loader.h"
-#include "app/app_delegate.h"
 #include "app/na_start_page.h"
+#include "app/na_window_content_view_super_view.h"
 #include "gui_test_env.h"
 #include "platform/syslog.h"
 #include "sample/fake_volume.h"
@@ -62,25 +64,17 @@ class ScanPoolHold {
     bool released_ = false;
 };
 
-enum Row { Crashes = 1, AppViewer = 3, StartupItems = 4, Vexbane = 7 };
+using namespace test;
 
-using test::cellAt;
-using test::click;
+// A result page that records what the shell asks of it.
+class RecordingHVC : public NARootHVC {
+  public:
+    void needRefreshUI() override { ++refreshes; }
+    void startOver(QObject* sender) override { startOvers.push_back(sender); }
 
-// Selects the row of the group titled so in the result page's group table.
-void selectGroup(NAResultListHVC* page, const std::string& title) {
-    const NAGroupObjArray& groups = page->groups();
-    for (std::size_t row = 0; row < groups.size(); ++row) {
-        if (groups[row]->title() != title)
-            continue;
-        NATableView* table = page->g_table();
-        const QRect rect = table->visualRect(table->model()->index(static_cast<int>(row), 0));
-        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, rect.center() + QPoint(60, 0));
-        QCOMPARE(table->selectedRow(), static_cast<int>(row));
-        return;
-    }
-    QFAIL("no such group");
-}
+    int refreshes = 0;
+    std::vector<QObject*> startOvers;
+};
 
 QStringList titlesOf(const NAGroupObjArray& groups) {
     QStringList titles;
@@ -98,23 +92,27 @@ plist::Value threat(const std::string& name, const std::string& list, const std:
 }
 
 // Counts the calls posted to an object (queued functors and slots) as they are delivered.
-using MetaCallCounter = test::EventCounter<QEvent::MetaCall>;
+using MetaCallCounter = EventCounter<QEvent::MetaCall>;
 
 }  // namespace
 
-class StartPagesTest : public QObject {
+class ShellTest : public QObject {
     Q_OBJECT
 
   private:
-    NACategoryObj& category(Row row) const {
-        return *delegate_->categorys().at(static_cast<std::size_t>(row));
+    NACategoryObj& category(Row row) const { return categoryOf(*delegate_, row); }
+
+    // The page in the content area, checked to be really placed there.
+    QWidget* shownPage() const {
+        QWidget* page = delegate_->controllerView();
+        if (page && page->parentWidget() != delegate_->vc_contentView())
+            return nullptr;
+        return page;
     }
 
     // Selects the tool in the list, as a click would, and returns its start page.
     NAStartPage* showTool(Row row) {
-        NATableView* table = delegate_->cTable();
-        const QRect rect = table->visualRect(table->model()->index(row, 0));
-        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, rect.center());
+        clickRow(delegate_->cTable(), row);
         auto* page = qobject_cast<NAStartPage*>(delegate_->PVC(category(row)));
         if (page && delegate_->controllerView() != page)
             return nullptr;
@@ -157,12 +155,15 @@ class StartPagesTest : public QObject {
         return database;
     }
 
-    void addAdware() const {
+    // The Vexbane page shown, over a volume with three threats on it.
+    NAAdwareRemovalPVC* showAdware() {
         volume_->addLaunchJob(volume_->home() + "/Library/LaunchAgents", "com.genieo.engine.plist",
                               "com.genieo.engine");
         volume_->addLaunchJob("/Library/LaunchDaemons", "com.vsearch.daemon.plist", "com.v.daemon");
         volume_->addAppBundle("/Applications", "Aperture Lite", "com.example.aperture");
         volume_->addAppBundle("/Applications", "Genieo", "com.genieo.app");
+        grantHome();
+        return qobject_cast<NAAdwareRemovalPVC*>(showTool(Vexbane));
     }
 
     // The same scan without the page, for the counts the sheet must end with.
@@ -181,9 +182,10 @@ class StartPagesTest : public QObject {
         return out;
     }
 
-    test::GuiTestEnv env_;
+    GuiTestEnv env_;
     std::unique_ptr<sample::FakeVolume> volume_;
     std::unique_ptr<AppDelegate> delegate_;
+    std::unique_ptr<QSignalSpy> selections_;
     QTemporaryDir files_;
 
   private slots:
@@ -195,20 +197,135 @@ class StartPagesTest : public QObject {
     void init() {
         volume_ = std::make_unique<sample::FakeVolume>("alice");
         Volume::setCurrent(volume_->volume());
-        delegate_ = std::make_unique<AppDelegate>();
-        delegate_->applicationDidFinishLaunching();
-        delegate_->window()->show();
-        QVERIFY(QTest::qWaitForWindowExposed(delegate_->window()));
+        delegate_ = launch();
+        selections_ = std::make_unique<QSignalSpy>(delegate_->cTable()->selectionModel(),
+                                                   &QItemSelectionModel::selectionChanged);
     }
 
     void cleanup() {
+        selections_.reset();
         delegate_.reset();  // each page waits for its scan
-        test::GuiTestEnv::removeAllDefaults();
+        GuiTestEnv::removeAllDefaults();
         setSignatureFile("");
         volume_.reset();
     }
 
-    // Scan, result page, uncheck, Remove, start over and scan again, all by clicks.
+    void launchListsTheToolsAndShowsTheCrashesStartPage() {
+        QStringList titles;
+        QList<qint64> types;
+        for (const auto& c : delegate_->categorys()) {
+            titles << QString::fromStdString(c->title());
+            types << c->categoryType();
+        }
+        QCOMPARE(titles, QStringList({"System", "Crashes", "ARP Cache", "App Viewer",
+                                      "Startup Items", "Security", "Firewall", "Vexbane"}));
+        // "Security" keeps 0: the second 100 went to "System".
+        QCOMPARE(types, QList<qint64>({100, 2, 1, 0, 6, 0, 4, 3}));
+        for (int row = 0; row < 8; ++row)
+            QCOMPARE(delegate_->cTable()->rowHeight(row),
+                     row == System || row == Security ? 24 : 32);
+
+        NACategoryObj& crashes = category(Crashes);
+        QVERIFY(delegate_->PVC(crashes) != nullptr);
+        QCOMPARE(shownPage(), delegate_->PVC(crashes));
+        QCOMPARE(delegate_->c_title_text()->text(), QStringLiteral("Crashes"));
+        QVERIFY(delegate_->startOverBtn()->isHidden());
+        QCOMPARE(delegate_->titlebarAcessoryView()->linePosition(), 2);
+        QCOMPARE(delegate_->cTable()->selectedRow(), 1);
+        // Selecting the row at start-up must not count as a second visit.
+        QVERIFY(delegate_->HVC(crashes) == nullptr);
+        QCOMPARE(AppDelegate::current(), delegate_.get());
+    }
+
+    void sectionRowsCannotBeSelected() {
+        QWidget* before = shownPage();
+        clickRow(delegate_->cTable(), System);
+        clickRow(delegate_->cTable(), Security);
+        QCOMPARE(selections_->count(), 0);
+        QCOMPARE(delegate_->cTable()->selectedRow(), 1);
+        QCOMPARE(shownPage(), before);
+
+        // The same clicks do reach the list: a tool row is selected at once.
+        clickRow(delegate_->cTable(), StartupItems);
+        QCOMPARE(selections_->count(), 1);
+        QCOMPARE(delegate_->c_title_text()->text(), QStringLiteral("Startup Items"));
+    }
+
+    void oneStartPageToolsAlwaysShowTheirStartPage() {
+        for (Row row : {ArpCache, Firewall}) {
+            NACategoryObj& tool = category(row);
+            showTool(row);
+            NARootPVC* startPage = delegate_->PVC(tool);
+            showTool(Crashes);
+            // They have no result state: a display state left at 1 changes nothing.
+            tool.setDisplayState(1);
+            clickRow(delegate_->cTable(), row);
+            QVERIFY(startPage != nullptr);
+            QCOMPARE(delegate_->PVC(tool), startPage);
+            QCOMPARE(shownPage(), startPage);
+            QVERIFY(delegate_->HVC(tool) == nullptr);
+            QVERIFY(delegate_->startOverBtn()->isHidden());
+        }
+        QCOMPARE(selections_->count(), 6);
+    }
+
+    // Each visit after the first makes the tool's own result page, but shows the start page.
+    void secondVisitMakesTheResultPageButShowsTheStartPage() {
+        NACategoryObj& crashes = category(Crashes);
+        NARootPVC* startPage = delegate_->PVC(crashes);
+        showTool(Vexbane);
+        QVERIFY(startPage->parentWidget() == nullptr);  // taken out, not destroyed
+        showTool(Crashes);
+        showTool(Vexbane);
+        QCOMPARE(selections_->count(), 3);
+        NARootHVC* crashesResult = delegate_->HVC(crashes);
+        NARootHVC* vexbaneResult = delegate_->HVC(category(Vexbane));
+        QVERIFY(crashesResult && vexbaneResult && crashesResult != vexbaneResult);
+        QCOMPARE(crashesResult->categoryObj().get(), &crashes);
+        QCOMPARE(vexbaneResult->categoryObj().get(), &category(Vexbane));
+        QCOMPARE(showTool(Crashes), startPage);
+        QVERIFY(delegate_->startOverBtn()->isHidden());
+    }
+
+    void resultStateShowsTheResultPageAndStartOverNeedsASelectedRow() {
+        NACategoryObj& crashes = category(Crashes);
+        auto owned = std::make_unique<RecordingHVC>();
+        RecordingHVC* result = owned.get();
+        delegate_->setHVC(crashes, std::move(owned));
+        QCOMPARE(result->categoryObj().get(), &crashes);
+        crashes.setDisplayState(1);
+        delegate_->displayViewController(crashes);
+        QCOMPARE(shownPage(), result);
+        QCOMPARE(result->refreshes, 1);
+        QVERIFY(!delegate_->startOverBtn()->isHidden());
+        QCOMPARE(delegate_->titlebarAcessoryView()->linePosition(), 1);
+
+        delegate_->cTable()->clearSelection();
+        QTest::mouseClick(delegate_->startOverBtn(), Qt::LeftButton);
+        QVERIFY(result->startOvers.empty());
+
+        clickRow(delegate_->cTable(), Crashes);
+        QCOMPARE(result->refreshes, 2);
+        QTest::mouseClick(delegate_->startOverBtn(), Qt::LeftButton);
+        QCOMPARE(result->startOvers, std::vector<QObject*>{delegate_->startOverBtn()});
+    }
+
+    void closeButtonClosesTheWindowAndTheResetRemovesEveryDefault() {
+        QSignalSpy closing(delegate_->window(), &NAMainWindow::windowWillClose);
+        click(delegate_->windowContentviewSuperView()->findChild<NAWindowCloseButton*>());
+        QCOMPARE(closing.count(), 1);
+        QVERIFY(!delegate_->window()->isVisible());
+
+        UserDefaults& defaults = UserDefaults::standardUserDefaults();
+        defaults.setBool(true, "haveRunBefor");
+        defaults.setObject(plist::Value(std::string("x")), "bd_file:///Users/alice/");
+        delegate_->emptyUserDifo();
+        QVERIFY(defaults.keys().empty());
+        QVERIFY(UserDefaults(defaults.filePath()).keys().empty());
+    }
+
+    // Scan, check, uncheck, Remove, start over and scan again, all by clicks. An unchecked
+    // report stays; starting over empties the result so the next scan does not add to it.
     void crashReportsFromScanToRemovalAndBack() {
         volume_->addAppBundle("/Applications", "CloudSync", "com.example.cloudsync");
         volume_->addAppBundle("/Applications", "Tune Player", "org.example.tuneplayer");
@@ -220,7 +337,6 @@ class StartPagesTest : public QObject {
         NACategoryObj& crashes = category(Crashes);
         crashes.groups().push_back(std::make_shared<NAGroupObj>("Earlier", ImageRef::none()));
 
-        // Launch shows the Crashes start page.
         auto* page = qobject_cast<NAStartPage*>(delegate_->controllerView());
         QVERIFY(page != nullptr && page == delegate_->PVC(crashes));
         pressStart(page);
@@ -233,10 +349,22 @@ class StartPagesTest : public QObject {
         auto* result = qobject_cast<NAGroupsHVC*>(delegate_->HVC(crashes));
         QVERIFY(result != nullptr);
         QCOMPARE(result->g_table()->rowCount(), 2);
-        selectGroup(result, "CloudSync");
-        click(cellAt<NAGroupTableBaseCellView>(result->g_table(), result->g_table()->selectedRow())
-                  ->checkBtn);
+        QCOMPARE(result->summaryLabel()->text(), QString());
+        QVERIFY(!result->removeButton()->isEnabled());
+        const int row = 0;
+        clickRow(result->g_table(), row, 60);
+        QCOMPARE(result->g_table()->selectedRow(), row);
+        auto* groupCell = cellAt<NAGroupTableBaseCellView>(result->g_table(), row);
+        QCOMPARE(groupCell->title_view->text(), QStringLiteral("CloudSync"));
+        QCOMPARE(result->c_table()->rowCount(), 2);
+        QCOMPARE(cellAt<NAFilelistCellBaseView>(result->c_table(), 0)->name_text->text(),
+                 QStringLiteral("CloudSync_1.crash"));
+        click(groupCell->checkBtn);
+        QCOMPARE(tree(crashes), QStringLiteral("CloudSync[1]{[1] [1]} Tune Player[0]{[0]}"));
         click(cellAt<NAFilelistCellBaseView>(result->c_table(), 1)->checkBtn);
+        QCOMPARE(tree(crashes), QStringLiteral("CloudSync[-1]{[1] [0]} Tune Player[0]{[0]}"));
+        QCOMPARE(cellAt<NAGroupTableBaseCellView>(result->g_table(), row)->checkBtn->state(), -1);
+        QCOMPARE(result->c_table()->selectedRow(), 1);
         const NAFileobjArray reports = result->currentGroup()->contents();
         QCOMPARE(result->summaryLabel()->text(),
                  QString::fromStdString("1 files | " + recal_size(reports[0]->fileSize())));
@@ -244,9 +372,16 @@ class StartPagesTest : public QObject {
         click(result->removeButton());
         QVERIFY(!std::filesystem::exists(volume_->host(reports[0]->filePath())));
         QVERIFY(std::filesystem::exists(volume_->host(reports[1]->filePath())));
+        QCOMPARE(tree(crashes), QStringLiteral("CloudSync[-1]{[0]} Tune Player[0]{[0]}"));
+        QCOMPARE(result->c_table()->rowCount(), 1);
+        QCOMPARE(result->summaryLabel()->text(), QString());
 
         click(delegate_->startOverBtn());
         QCOMPARE(crashes.displayState(), std::int64_t{0});
+        QVERIFY(crashes.groups().empty());
+        QCOMPARE(crashes.infromation(), std::string());
+        QCOMPARE(result->g_table()->rowCount(), 0);
+        QCOMPARE(result->c_table()->rowCount(), 0);
         QVERIFY(delegate_->controllerView() == page);
         pressStart(page);
         QTRY_COMPARE(crashes.displayState(), std::int64_t{1});
@@ -254,11 +389,11 @@ class StartPagesTest : public QObject {
         QVERIFY(showsResultPage(Crashes));
     }
 
+    // Jobs are grouped by the application they name; starting over empties the list.
     void startupItemsFromScanToTheListAndBack() {
         volume_->addAppBundle("/Applications", "CloudSync", "com.example.cloudsync");
-        const std::string job =
-            volume_->addLaunchJob(volume_->home() + "/Library/LaunchAgents",
-                                  "com.example.cloudsync.plist", "com.example.cloudsync");
+        volume_->addLaunchJob(volume_->home() + "/Library/LaunchAgents",
+                              "com.example.cloudsync.plist", "com.example.cloudsync");
         volume_->addLaunchJob("/Library/LaunchAgents", "com.example.cloudsync.helper.plist",
                               "com.example.cloudsync");
         volume_->addLaunchJob("/Library/LaunchDaemons", "org.example.tool.plist",
@@ -267,28 +402,14 @@ class StartPagesTest : public QObject {
         NACategoryObj& startup = category(StartupItems);
 
         NAStartPage* page = showTool(StartupItems);
-        pressStart(page);
-        QTRY_COMPARE(startup.displayState(), std::int64_t{1});
-        QCOMPARE(titlesOf(startup.groups()), QStringList({"CloudSync[1]", "CloudSync[1]"}));
-        QVERIFY(showsResultPage(StartupItems));
-
-        auto* result = qobject_cast<NAStartItemsHVC*>(delegate_->HVC(startup));
-        QVERIFY(result != nullptr);
-        QCOMPARE(result->g_table()->rowCount(), 2);
-        click(cellAt<NAGroupTableBaseCellView>(result->g_table(), 0)->checkBtn);
-        const auto& item = startup.groups()[0]->contents()[0];
-        QCOMPARE(result->summaryLabel()->text(),
-                 QString::fromStdString("1 files | " + recal_size(item->fileSize())));
-        click(result->removeButton());  // takes nothing off a startup list, deletes nothing
-        QVERIFY(std::filesystem::exists(volume_->host(job)));
-        QCOMPARE(startup.groups().size(), std::size_t{2});
-
-        // Starting over empties the list, so the next scan does not add to the old one.
-        click(delegate_->startOverBtn());
-        QVERIFY(delegate_->controllerView() == page);
-        pressStart(page);
-        QTRY_COMPARE(startup.displayState(), std::int64_t{1});
-        QCOMPARE(titlesOf(startup.groups()), QStringList({"CloudSync[1]", "CloudSync[1]"}));
+        for (int scan = 0; scan < 2; ++scan) {
+            pressStart(page);
+            QTRY_COMPARE(startup.displayState(), std::int64_t{1});
+            QCOMPARE(titlesOf(startup.groups()), QStringList({"CloudSync[1]", "CloudSync[1]"}));
+            QVERIFY(showsResultPage(StartupItems));
+            click(delegate_->startOverBtn());
+            QVERIFY(delegate_->controllerView() == page);
+        }
     }
 
     void applicationsAreListedWithoutAskingForAFolder() {
@@ -348,18 +469,15 @@ class StartPagesTest : public QObject {
 
     void adwareScanCountsEveryVisitAndGroupsFindingsByThreat() {
         const plist::Value database = useDatabase();
-        addAdware();
         // Plenty of visits: every job file is looked at twice.
         for (int i = 0; i < 300; ++i)
             volume_->addLaunchJob("/Library/LaunchAgents",
                                   "org.example.job" + std::to_string(i) + ".plist",
                                   "org.example.job" + std::to_string(i));
-        grantHome();
+        auto* page = showAdware();
+        QVERIFY(page != nullptr);
         const auto expected = engineScan(database, false);
         QVERIFY(expected->scanedFiles() > 600);
-
-        auto* page = qobject_cast<NAAdwareRemovalPVC*>(showTool(Vexbane));
-        QVERIFY(page != nullptr);
         QVERIFY(!page->timer()->isActive());
         MetaCallCounter posted;
         page->installEventFilter(&posted);
@@ -392,9 +510,7 @@ class StartPagesTest : public QObject {
 
     void stopEndsTheAdwareScanAtItsNextTestAndKeepsWhatWasFound() {
         const plist::Value database = useDatabase();
-        addAdware();
-        grantHome();
-        auto* page = qobject_cast<NAAdwareRemovalPVC*>(showTool(Vexbane));
+        auto* page = showAdware();
         QVERIFY(page != nullptr);
 
         // Hold the scan in the pool's queue until Stop has been pressed.
@@ -425,9 +541,7 @@ class StartPagesTest : public QObject {
     // follows only once it has returned.
     void doneDuringTheAdwareScanHandsOverWhenTheScanHasReturned() {
         useDatabase();
-        addAdware();
-        grantHome();
-        auto* page = qobject_cast<NAAdwareRemovalPVC*>(showTool(Vexbane));
+        auto* page = showAdware();
         QVERIFY(page != nullptr);
 
         ScanPoolHold hold;
@@ -494,5 +608,5 @@ class StartPagesTest : public QObject {
     }
 };
 
-QTEST_MAIN(StartPagesTest)
-#include "start_pages_test.moc"
+QTEST_MAIN(ShellTest)
+#include "shell_test.moc"
