@@ -1,20 +1,13 @@
 // The custom controls: the tri-state check box's click and drawing rules, the empty-state
 // view, and cells whose interface files name the controls.
 #include <unistd.h>
-#include <QApplication>
 #include <QBuffer>
-#include <QFile>
 #include <QImage>
-#include <QLabel>
 #include <QMouseEvent>
-#include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTemporaryFile>
-#include <QTest>
 #include <cstdio>
 
 #include "gui_test_env.h"
-#include "platform/syslog.h"
 #include "settings/na_setting_mgr.h"
 #include "ui/na_attributed_string.h"
 #include "ui/na_bg_views.h"
@@ -24,7 +17,6 @@
 #include "ui/na_drawing.h"
 #include "ui/na_no_content_view.h"
 #include "ui/na_os_check_button.h"
-#include "ui/na_sheet.h"
 #include "ui/na_text_field.h"
 #include "ui/na_thumbnail.h"
 

@@ -1,24 +1,30 @@
 // What every GUI test sets up first: the user defaults in a temporary folder (so the real
 // user's settings are never touched), a small volume with one user, and the resources; and
-// the helpers the tests share.
+// the helpers (and the headers) the tests share.
 #pragma once
 
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QLabel>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "app/app_delegate.h"
 #include "gui_test_support.h"
 #include "model/na_object.h"
 #include "platform/file_url.h"
+#include "platform/syslog.h"
 #include "platform/volume.h"
 #include "settings/user_defaults.h"
+#include "ui/na_sheet.h"
 #include "ui/named_image.h"
 
 namespace sysmend::test {

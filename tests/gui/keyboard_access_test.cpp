@@ -4,8 +4,6 @@
 // each check box tells assistive technology the mark its model holds.
 #include <QAbstractButton>
 #include <QAccessible>
-#include <QApplication>
-#include <QFileDialog>
 #include <QProcess>
 
 #include "adware/na_adware_removal_pvc.h"
@@ -18,7 +16,6 @@
 #include "ui/na_group_models.h"
 #include "ui/na_os_check_button.h"
 #include "ui/na_progress_panel_vc.h"
-#include "ui/na_sheet.h"
 
 using namespace sysmend;
 using namespace sysmend::test;

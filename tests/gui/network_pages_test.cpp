@@ -1,19 +1,12 @@
 // The Firewall and ARP Cache pages: the status read from the firewall's preference file, the
 // two states with and without access, the access chooser, polling only while the page is in a
 // shown window, and the ARP guide sheet and help popover.
-#include <QDialogButtonBox>
-#include <QPointer>
-#include <QTest>
 #include <QVBoxLayout>
-#include <memory>
-#include <vector>
 
 #include "gui_test_env.h"
 #include "network/na_arp_cache_pvc.h"
 #include "network/na_firewall_pvc.h"
-#include "platform/syslog.h"
 #include "sample/fake_volume.h"
-#include "ui/na_sheet.h"
 
 using namespace sysmend;
 
@@ -25,27 +18,17 @@ bool samePicture(const QPixmap& a, const QPixmap& b) {
     return !a.isNull() && a.toImage() == b.toImage();
 }
 
-// A shown window with a content area, as the shell has. The pages stay the test's: they are
-// taken out again before the window goes.
-struct Window {
-    QWidget window;
-    QVBoxLayout* area = new QVBoxLayout(&window);
-    std::vector<QPointer<QWidget>> pages;
-
+// A shown window with a content area, as the shell has. Made before the pages it shows, so
+// that they go first.
+struct Window : QWidget {
+    QVBoxLayout* area = new QVBoxLayout(this);
     Window() {
-        window.resize(720, 560);
-        window.show();
-    }
-    ~Window() {
-        for (const QPointer<QWidget>& page : pages) {
-            if (page && page->parentWidget() == &window)
-                page->setParent(nullptr);
-        }
+        resize(720, 560);
+        show();
     }
     void add(QWidget* page) {
         area->addWidget(page);
         page->show();
-        pages.emplace_back(page);
     }
 };
 
@@ -122,9 +105,9 @@ class NetworkPagesTest : public QObject {
     void accessChooserConfirmsOnlyThePreferencesFolder() {
         volume()->setFirewall(0);
         volume()->mkdir("/Library/Preferences/SystemConfiguration");
+        Window window;
         NAFirewallPVC page;
         page.loadView();
-        Window window;
         window.add(&page);
 
         QTest::mouseClick(page.checkBtn, Qt::LeftButton);
@@ -168,6 +151,7 @@ class NetworkPagesTest : public QObject {
 
     void withoutAccessOnlyTheAccessButtonShowsAndCancelKeepsIt() {
         volume()->setFirewall(0);
+        Window window;
         NAFirewallPVC page;
         page.loadView();
         QVERIFY(!page.isAccessed());
@@ -176,7 +160,6 @@ class NetworkPagesTest : public QObject {
         QVERIFY(page.status_text->text().isEmpty());
 
         // Cancelling the chooser keeps the access button and saves nothing.
-        Window window;
         window.add(&page);
         page.checkFirewallStatus(page.checkBtn);
         QVERIFY(page.sysOpenpanel() != nullptr);
@@ -192,6 +175,7 @@ class NetworkPagesTest : public QObject {
     void pollsOnlyWhileInAShownWindow() {
         volume()->setFirewall(1);
         grantPreferences();
+        Window window;
         NAFirewallPVC page;
         page.loadView();
         QVERIFY(!page.timer()->isActive());
@@ -200,7 +184,6 @@ class NetworkPagesTest : public QObject {
         // resuming gives at once.
         page.timer()->setInterval(60 * 60 * 1000);
 
-        Window window;
         window.add(&page);
         QVERIFY(page.timer()->isActive());
         QTRY_COMPARE(page.status_text->text(), QStringLiteral("Firewall is on"));
@@ -215,25 +198,25 @@ class NetworkPagesTest : public QObject {
         QTRY_COMPARE(page.status_text->text(), QStringLiteral("Firewall is off"));
 
         // A window that is hidden counts as leaving it too.
-        window.window.hide();
+        window.hide();
         QVERIFY(!page.timer()->isActive());
         volume()->setFirewall(2);
-        window.window.show();
+        window.show();
         QVERIFY(page.timer()->isActive());
         QTRY_COMPARE(page.status_text->text(), QStringLiteral("Firewall is on"));
     }
 
     void arpGuideSheetIsMadeOnceAndHelpOpensAPopover() {
+        Window window;
         NAARPCachePVC page;
         page.loadView();
-        Window window;
         window.add(&page);
         QVERIFY(page.helpWC() == nullptr);
 
         QTest::mouseClick(page.guideButton, Qt::LeftButton);
         NAArpCacheHelperWC* sheet = page.helpWC();
         QVERIFY(sheet != nullptr);
-        QCOMPARE(sheetParent(sheet), &window.window);
+        QCOMPARE(sheetParent(sheet), static_cast<QWidget*>(&window));
 
         QTest::mouseClick(sheet->closeButton(), Qt::LeftButton);
         QVERIFY(sheetParent(sheet) == nullptr);
@@ -242,7 +225,7 @@ class NetworkPagesTest : public QObject {
 
         page.arpCache_help_action(page.guideButton);
         QCOMPARE(page.helpWC(), sheet);
-        QCOMPARE(sheetParent(sheet), &window.window);
+        QCOMPARE(sheetParent(sheet), static_cast<QWidget*>(&window));
         sheet->closeAction();
         QVERIFY(sheetParent(sheet) == nullptr);
 

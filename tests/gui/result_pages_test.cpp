@@ -4,27 +4,20 @@
 // model reach the engine and come back through the other, and the table that keeps cell views
 // for the rows in view only.
 #include <QAbstractItemModelTester>
-#include <QLabel>
 #include <QScrollBar>
-#include <QSignalSpy>
 #include <QStringListModel>
-#include <QTest>
-#include <memory>
 #include <set>
-#include <string>
 
 #include "adware/na_groups_hvc.h"
 #include "appviewer/app_information.h"
 #include "appviewer/na_app_view_hvc.h"
 #include "gui_test_env.h"
 #include "model/tool_records.h"
-#include "platform/syslog.h"
 #include "startup/na_start_items_hvc.h"
 #include "tools/na_tools.h"
 #include "ui/na_group_models.h"
 #include "ui/na_outline_view.h"
 #include "ui/na_result_cell_views.h"
-#include "ui/na_sheet.h"
 #include "ui/na_table_view.h"
 
 using namespace sysmend;
@@ -343,7 +336,8 @@ class ResultPagesTest : public QObject {
         // An item unchecked: its group turns mixed, which the other model reports once told.
         QSignalSpy groupChanges(&groups, &QAbstractItemModel::dataChanged);
         QVERIFY(contents.setData(contents.index(1, 0), Qt::Unchecked, Qt::CheckStateRole));
-        QCOMPARE(tree(*category), QStringLiteral("A[-1]{a1[1] a2[0] a3[1]} B[1]{b1[1]} Empty[1]{}"));
+        QCOMPARE(tree(*category),
+                 QStringLiteral("A[-1]{a1[1] a2[0] a3[1]} B[1]{b1[1]} Empty[1]{}"));
         groups.checkMarksChanged();
         QCOMPARE(groupChanges.count(), 1);
         QCOMPARE(groups.index(0, 0).data(Qt::CheckStateRole).toInt(),
@@ -362,7 +356,8 @@ class ResultPagesTest : public QObject {
         // A mark given as it is: -1 goes down to every item. Other values are refused, and a
         // group without items cannot be checked at all.
         QVERIFY(groups.setData(groups.index(1, 0), -1, MarkRole));
-        QCOMPARE(tree(*category), QStringLiteral("A[1]{a1[1] a2[1] a3[1]} B[-1]{b1[-1]} Empty[1]{}"));
+        QCOMPARE(tree(*category),
+                 QStringLiteral("A[1]{a1[1] a2[1] a3[1]} B[-1]{b1[-1]} Empty[1]{}"));
         QVERIFY(!groups.setData(groups.index(1, 0), QStringLiteral("x"), Qt::CheckStateRole));
         QVERIFY(!groups.setData(groups.index(1, 0), 0, Qt::DisplayRole));
         QVERIFY(!(groups.flags(groups.index(2, 0)) & Qt::ItemIsUserCheckable));
