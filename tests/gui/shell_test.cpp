@@ -2,8 +2,8 @@
 // category list and which page each selection shows, start over, close and the defaults reset;
 // then press the start button, let the scan run behind its sheet, and find the results in the
 // category and the result page on screen. Refused folder access changes nothing; the adware
-// sheet counts every visit exactly without flooding the event queue, and its Stop button
-// reaches the scan.
+// sheet counts every visit exactly without flooding the event queue, and its Stop and Done
+// buttons reach the scan.
 #include <QSemaphore>
 #include <QThreadPool>
 #include <filesystem>
