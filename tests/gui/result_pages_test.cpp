@@ -39,6 +39,15 @@ std::shared_ptr<NAGroupObj> checkedGroup(const std::string& title, const NAFileo
     return group;
 }
 
+// A tool's result of the given type (0: none) and groups.
+std::shared_ptr<NACategoryObj> toolResult(const std::string& title, std::int64_t type,
+                                          NAGroupObjArray groups = {}) {
+    auto category = std::make_shared<NACategoryObj>(title, ImageRef::none());
+    category->setCategoryType(type);
+    category->groups() = std::move(groups);
+    return category;
+}
+
 std::shared_ptr<NAFileobj> item(const std::string& name, std::int64_t mark = 1) {
     auto file = std::make_shared<NAFileobj>();
     file->setFileName(name);
@@ -116,8 +125,7 @@ class ResultPagesTest : public QObject {
         const std::string job = "/Library/LaunchAgents/com.example.agent.plist";
         env_.writeFile(job);
 
-        auto category = std::make_shared<NACategoryObj>("Startup Items", ImageRef::none());
-        category->setCategoryType(6);
+        auto category = toolResult("Startup Items", 6);
         auto item = std::make_shared<NAStartupItemObj>(job, false);
         item->setItem_id("com.example.agent");
         item->setLoaded_using(job);
@@ -176,8 +184,7 @@ class ResultPagesTest : public QObject {
               profile + "/extensions/bad@example.xpi", profile + "/extensions.json",
               std::string("/Users/alice/keep.txt")})
             env_.writeFile(path, "x");
-        auto category = std::make_shared<NACategoryObj>("Vexbane", ImageRef::none());
-        category->setCategoryType(3);
+        auto category = toolResult("Vexbane", 3);
         auto gone = finding("/Users/alice/Library/LaunchAgents/gone.plist");
         auto keep = finding("/Users/alice/keep.txt");
         category->groups() = {
@@ -217,9 +224,7 @@ class ResultPagesTest : public QObject {
         cookie->setDomain("tracker.example");
         cookie->setIsMaliciousCookie(true);
         auto plain = finding("/Users/alice/plain");
-        auto category = std::make_shared<NACategoryObj>("Vexbane", ImageRef::none());
-        category->setCategoryType(3);
-        category->groups() = {checkedGroup("Mixed", {plain, cookie})};
+        auto category = toolResult("Vexbane", 3, {checkedGroup("Mixed", {plain, cookie})});
         auto page = showPage<NAGroupsHVC>(category);
         QCOMPARE(page->c_table()->rowCount(), 2);
         const QString summary = page->summaryLabel()->text();
@@ -238,7 +243,7 @@ class ResultPagesTest : public QObject {
     }
 
     void anEmptyResultShowsNoItems() {
-        auto category = std::make_shared<NACategoryObj>("Startup Items", ImageRef::none());
+        auto category = toolResult("Startup Items", 0);
         auto page = showPage<NAStartItemsHVC>(category);
         QVERIFY(page->c_view()->hiddenSubviews());
         QVERIFY(page->g_table()->isHidden());
@@ -259,8 +264,8 @@ class ResultPagesTest : public QObject {
     // Made on a visit while a scan may still be filling the groups: nothing is read until the
     // hand-over.
     void aPageMadeBeforeTheHandOverReadsNoGroups() {
-        auto category = std::make_shared<NACategoryObj>("Vexbane", ImageRef::none());
-        category->groups() = {checkedGroup("Genieo", {finding("/Users/alice/genieo")})};
+        auto category =
+            toolResult("Vexbane", 0, {checkedGroup("Genieo", {finding("/Users/alice/genieo")})});
         auto page = std::make_unique<NAGroupsHVC>();
         page->setCategoryObj(category);
         page->loadView();
@@ -277,7 +282,7 @@ class ResultPagesTest : public QObject {
     }
 
     void theAppViewerShowsTheSelectedApplicationAndRemovesNothing() {
-        auto category = std::make_shared<NACategoryObj>("App Viewer", ImageRef::none());
+        auto category = toolResult("App Viewer", 0);
         for (int app = 0; app < 200; ++app) {
             auto group = std::make_shared<NAGroupObj>("App " + std::to_string(app),
                                                       ImageRef::fileTypeIcon("app"));
@@ -315,7 +320,7 @@ class ResultPagesTest : public QObject {
         QCOMPARE(ended.count(), 1);
         QCOMPARE(tree(*category), before);
 
-        auto empty = std::make_shared<NACategoryObj>("App Viewer", ImageRef::none());
+        auto empty = toolResult("App Viewer", 0);
         auto emptyPage = showPage<NAAppViewHVC>(empty);
         QVERIFY(emptyPage->contents_view_superview()->isHidden());
         QVERIFY(emptyPage->g_table()->isVisible());
