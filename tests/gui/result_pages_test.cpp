@@ -182,7 +182,7 @@ class ResultPagesTest : public QObject {
         for (const std::string& path :
              {safari + "/Bad.safariextz", safari + "/Extensions.plist",
               profile + "/extensions/bad@example.xpi", profile + "/extensions.json",
-              std::string("/Users/alice/keep.txt")})
+              std::string("/Users/alice/keep.txt"), std::string("/Users/alice/also.txt")})
             env_.writeFile(path, "x");
         auto category = toolResult("Vexbane", 3);
         auto gone = finding("/Users/alice/Library/LaunchAgents/gone.plist");
@@ -191,17 +191,18 @@ class ResultPagesTest : public QObject {
             checkedGroup("Threat",
                          {finding(safari + "/Bad.safariextz", "com.apple.safari.extension"),
                           finding(profile + "/extensions/bad@example.xpi", "xpi"), gone}),
-            checkedGroup("Other", {keep})};
-        keep->setIsChecked(0);
+            checkedGroup("Other", {finding("/Users/alice/also.txt"), keep})};
+        keep->setIsChecked(0);  // the user's choice: kept, and its group left mixed
         auto page = showPage<NAGroupsHVC>(category);
-        QCOMPARE(cellAt<NAGroupTableBaseCellView>(page->g_table(), 1)->checkBtn->state(), 0);
+        QCOMPARE(cellAt<NAGroupTableBaseCellView>(page->g_table(), 1)->checkBtn->state(), -1);
 
         LogCapture log;
         click(page->removeButton());
         QCOMPARE(log.lines(), std::vector<std::string>{"fire fox"});
         for (const std::string& path :
              {safari + "/Bad.safariextz", safari + "/Extensions.plist",
-              profile + "/extensions/bad@example.xpi", profile + "/extensions.json"})
+              profile + "/extensions/bad@example.xpi", profile + "/extensions.json",
+              std::string("/Users/alice/also.txt")})
             QVERIFY2(!env_.exists(path), path.c_str());
         QVERIFY(env_.exists("/Users/alice/keep.txt"));
         QCOMPARE(tree(*category), QStringLiteral("Other[0]{keep[0]}"));
