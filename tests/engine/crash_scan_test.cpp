@@ -22,9 +22,10 @@ TEST(CrashReportIdentifierTest, LastPieceOfTheFirstIdentifierLineTrimmed) {
     EXPECT_EQ(crashReportIdentifier("identifier: a.b"), std::nullopt);
     for (const char* newline :
          {"\r", "\r\n", "\v", "\f", "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"}) {
-        EXPECT_EQ(crashReportIdentifier(std::string("P: /x") + newline + "Identifier: a.b" +
+        // Without a colon of its own, the line would take in its neighbours' pieces.
+        EXPECT_EQ(crashReportIdentifier(std::string("P: /x") + newline + "Identifier a.b" +
                                         newline + "V: 1:2"),
-                  "a.b")
+                  "Identifier a.b")
             << ::testing::PrintToString(newline);
     }
     // Other characters with the same lead bytes end no line.

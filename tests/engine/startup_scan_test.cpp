@@ -92,19 +92,17 @@ TEST_F(StartupScanTest, PropertyListsBelowTheFolderButNotInBundlesNorWithoutTheE
 
 TEST_F(StartupScanTest, FiveFoldersInTheirOrderPerUserDaemonsLast) {
     vol_.addAppBundle("/Applications", "Foo", "com.example.foo");
-    vol_.addLaunchJob("/Users/alice/Library/LaunchDaemons", "5.plist", "com.example.foo");
-    vol_.addLaunchJob("/Library/LaunchDaemons", "4.plist", "com.example.foo");
-    vol_.addLaunchJob("/System/Library/LaunchAgents", "3.plist", "com.example.foo");
-    vol_.addLaunchJob("/Library/LaunchAgents", "2.plist", "com.example.foo");
-    vol_.addLaunchJob("/Users/alice/Library/LaunchAgents", "1.plist", "com.example.foo");
-
-    EXPECT_EQ(jobFiles(), (std::vector<std::string>{
-                              "Foo /Users/alice/Library/LaunchAgents/1.plist",
-                              "Foo /Library/LaunchAgents/2.plist",
-                              "Foo /System/Library/LaunchAgents/3.plist",
-                              "Foo /Library/LaunchDaemons/4.plist",
-                              "Foo /Users/alice/Library/LaunchDaemons/5.plist",
-                          }));
+    const std::vector<std::string> folders = {
+        "/Users/alice/Library/LaunchAgents", "/Library/LaunchAgents",
+        "/System/Library/LaunchAgents", "/Library/LaunchDaemons",
+        "/Users/alice/Library/LaunchDaemons"};
+    std::vector<std::string> expected;
+    for (std::size_t i = folders.size(); i-- > 0;) {  // written last to first
+        const std::string file = std::to_string(i + 1) + ".plist";
+        vol_.addLaunchJob(folders[i], file, "com.example.foo");
+        expected.insert(expected.begin(), "Foo " + folders[i] + "/" + file);
+    }
+    EXPECT_EQ(jobFiles(), expected);
 }
 
 TEST_F(StartupScanTest, RealJobFilesEachNamingAnAppGiveTheirOwnGroup) {
