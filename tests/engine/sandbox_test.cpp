@@ -90,6 +90,7 @@ class SandboxTest : public ::testing::Test {
     ScopedBookmarkBackend installed_{backend_};
     UserDefaults defaults_{vol_.host("/.prefs/grants.plist")};
     FakePanel panel_;
+    const AppSandboxFileAccess::AccessBlock noop_ = [] {};
     AppSandboxFileAccess access_{defaults_, infoNamed("CFBundleName", "Sysmend")};
 };
 
@@ -206,8 +207,8 @@ TEST_F(SandboxTest, AnAncestorsGrantIsUsedThroughLinksAndKept) {
     grant("/Users/user/Library");
     vol_.symlink("/Users/user/link", "/Users/user/Library/Containers");
     bool ran = false;
-    EXPECT_TRUE(access_.accessFilePath(
-        "/Users/user/link/x", [&] { ran = true; }, false));
+    auto block = [&] { ran = true; };
+    EXPECT_TRUE(access_.accessFilePath("/Users/user/link/x", block, false));
     EXPECT_TRUE(ran);
     EXPECT_TRUE(access_.startAceess(url("/Users/user/Library/Containers"), true));
     EXPECT_EQ(panel_.runs, 0);
@@ -241,11 +242,9 @@ TEST_F(SandboxTest, StaleGrantIsUsedAndSavedAgainOnlyWhenPersisting) {
 
     // A stale grant for exactly the requested folder is saved again, not removed, when kept.
     backend_.forceStale = true;
-    EXPECT_TRUE(access_.accessFilePath(
-        "/Users/user/Library", [] {}, true));
+    EXPECT_TRUE(access_.accessFilePath("/Users/user/Library", noop_, true));
     EXPECT_TRUE(hasEntry("/Users/user/Library"));
-    EXPECT_TRUE(access_.accessFilePath(
-        "/Users/user/Library", [] {}, false));
+    EXPECT_TRUE(access_.accessFilePath("/Users/user/Library", noop_, false));
     EXPECT_FALSE(hasEntry("/Users/user/Library"));
     EXPECT_EQ(panel_.runs, 0);
 }
@@ -255,8 +254,7 @@ TEST_F(SandboxTest, GrantForAFolderThatIsGoneOrUnreadableGivesNoAccess) {
     fs::remove_all(vol_.host("/Users/user/Library/Containers"));
     // The path below the grant's folder still finds the grant by walking up.
     EXPECT_FALSE(access_.startAceess(url("/Users/user/Library/Containers/x"), true));
-    EXPECT_FALSE(access_.accessFilePath(
-        "/Users/user/Library/Containers/x", [] {}, true));
+    EXPECT_FALSE(access_.accessFilePath("/Users/user/Library/Containers/x", noop_, true));
     EXPECT_EQ(panel_.runs, 1);
 
     Persist::setBookmarkData({'n', 'o', 't', ' ', 'o', 'n', 'e'}, url("/Users/user"), defaults_);
