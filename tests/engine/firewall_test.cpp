@@ -15,7 +15,7 @@ plist::Value preferences(plist::Value globalstate) {
     return alf;
 }
 
-TEST(FirewallStatusTest, OffOnlyWhenADictionaryWasReadAndGlobalstateReadsAsZero) {
+TEST(FirewallStatusTest, OffOnlyWhenTheVolumesFileIsADictionaryWithGlobalstateZero) {
     for (const plist::Value& zero : {plist::Value(0), plist::Value(false), plist::Value("0")})
         EXPECT_FALSE(getFirewallStatus(preferences(zero))) << plist::describe(zero);
 
@@ -26,9 +26,8 @@ TEST(FirewallStatusTest, OffOnlyWhenADictionaryWasReadAndGlobalstateReadsAsZero)
         EXPECT_TRUE(getFirewallStatus(on)) << plist::describe(on);
     }
     EXPECT_TRUE(getFirewallStatus(std::nullopt));
-}
 
-TEST(FirewallStatusTest, ReadsTheVolumesFileInEitherFormatThroughLinks) {
+    // The volume's file, in either format, through links whose targets are volume paths.
     sample::FakeVolume vol;
     ScopedVolume scope(vol.volume());
     EXPECT_TRUE(getFirewallStatus());  // no file
@@ -40,7 +39,6 @@ TEST(FirewallStatusTest, ReadsTheVolumesFileInEitherFormatThroughLinks) {
     vol.write(std::string(kFirewallPreferencesPath), "<plist><dict><key>globalstate</key>");
     EXPECT_TRUE(getFirewallStatus());
 
-    // Real files, reached through a link whose target is a path on the volume.
     vol.copyIn(SYSMEND_TEST_DATA "/plist/alf", "/Library/Shared");
     std::filesystem::remove(vol.host(std::string(kFirewallPreferencesPath)));
     vol.symlink(std::string(kFirewallPreferencesPath), "/Library/Shared/test_alf.plist");

@@ -1,11 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <stdlib.h>
-#include <unistd.h>
-
 #include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,7 +10,7 @@
 #include "model/na_group_obj.h"
 #include "model/tool_records.h"
 #include "platform/metadata.h"
-#include "platform/volume.h"
+#include "sample/fake_volume.h"
 #include "tools/na_tools.h"
 
 namespace sysmend {
@@ -65,6 +60,14 @@ TEST(FileCheckTest, ChildrenDecideTheirParentAndGroup) {
     EXPECT_EQ(toString(*g), "G[-1]{p[-1]{a[-1] b[-1] c[-1]{x[-1]}}}");
     p->setIsChecked(1);
     EXPECT_EQ(toString(*g), "G[1]{p[1]{a[1] b[1] c[1]{x[1]}}}");
+
+    // A nested item finds its group through its nearest grouped ancestor.
+    EXPECT_EQ(x->group(), g);
+    x->setIsChecked(0);
+    EXPECT_EQ(toString(*g), "G[-1]{p[-1]{a[1] b[1] c[0]{x[0]}}}");
+    auto orphan = item("o");
+    auto orphanKids = nest(*orphan, {item("y")});
+    EXPECT_EQ(orphanKids->front()->group(), nullptr);
 }
 
 TEST(FileCheckTest, ParentWithoutChildrenKeepsItsMark) {
@@ -86,22 +89,6 @@ TEST(FileCheckTest, ParentWithoutChildrenKeepsItsMark) {
     p->addChilren(b);
     EXPECT_EQ(b->superObj(), p);
     EXPECT_EQ(p->chilren(), nullptr);
-}
-
-TEST(FileCheckTest, NestedItemUpdatesNearestGroupedAncestorsGroup) {
-    auto g = group("G");
-    auto p = item("p"), q = item("q"), x = item("x"), r = item("r");
-    auto pKids = nest(*p, {q});
-    auto qKids = nest(*q, {x});
-    g->addFileObjs({p, r});
-    EXPECT_EQ(x->group(), g);
-
-    x->setIsChecked(0);
-    EXPECT_EQ(toString(*g), "G[-1]{p[0]{q[0]{x[0]}} r[1]}");
-
-    auto orphan = item("o");
-    auto orphanKids = nest(*orphan, {item("y")});
-    EXPECT_EQ(orphanKids->front()->group(), nullptr);
 }
 
 TEST(GroupCheckTest, GroupClickReachesContentsCacheAndChildren) {
@@ -248,10 +235,6 @@ TEST(BrowserObjTest, CountsEntriesOnceAndOwnsChildren) {
     EXPECT_EQ(site->size(), 7);
     ASSERT_NE(site->chilren(), nullptr);
     EXPECT_EQ(site->chilren()->size(), 3u);
-
-    auto plain = item("p");
-    plain->setChilren(std::make_shared<NAFileobjArray>());  // nobody keeps this one
-    EXPECT_EQ(plain->chilren(), nullptr);
 }
 
 TEST(FileInitTest, FromMetadataItem) {
@@ -291,27 +274,21 @@ TEST(FileInitTest, FromMetadataItem) {
 }
 
 TEST(FileInitTest, FromPathOnVolume) {
-    char tmpl[] = "/tmp/sysmend-model-XXXXXX";
-    ASSERT_NE(mkdtemp(tmpl), nullptr);
-    const std::string root = tmpl;
-    std::filesystem::create_directories(root + "/Users/a/Library/Logs");
-    std::ofstream(root + "/Users/a/Library/Logs/report.crash") << std::string(5000, 'x');
-    {
-        ScopedVolume volume(Volume(root, "/Users/a"));
-        const std::string path = "/Users/a/Library/Logs/report.crash";
+    sample::FakeVolume vol("a");
+    ScopedVolume scoped(vol.volume());
+    const std::string path =
+        vol.write("/Users/a/Library/Logs/report.crash", std::string(5000, 'x'));
 
-        NAFileobj sized(path);
-        EXPECT_EQ(sized.fileName(), "");
-        EXPECT_EQ(sized.filePath(), path);
-        EXPECT_EQ(sized.fileSize(), sizeAtPath(path, 1));
-        EXPECT_GT(sized.fileSize(), 0);
+    NAFileobj sized(path);
+    EXPECT_EQ(sized.fileName(), "");
+    EXPECT_EQ(sized.filePath(), path);
+    EXPECT_EQ(sized.fileSize(), sizeAtPath(path, 1));
+    EXPECT_GT(sized.fileSize(), 0);
 
-        NATreatObj named(path, false);
-        EXPECT_EQ(named.fileName(), "report");
-        EXPECT_EQ(named.fileSize(), 0);
-        EXPECT_EQ(NATreatObj(path, true).fileSize(), sized.fileSize());
-    }
-    std::filesystem::remove_all(root);
+    NATreatObj named(path, false);
+    EXPECT_EQ(named.fileName(), "report");
+    EXPECT_EQ(named.fileSize(), 0);
+    EXPECT_EQ(NATreatObj(path, true).fileSize(), sized.fileSize());
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "platform/walker.h"
 
-#include <dirent.h>
 #include <gmock/gmock.h>
 #include <grp.h>
 #include <gtest/gtest.h>
@@ -8,8 +7,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <functional>
-#include <sstream>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -18,6 +18,7 @@
 namespace sysmend {
 namespace {
 
+namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -37,17 +38,17 @@ class WalkerTest : public ::testing::Test {
         fake_.symlink("/Users/u/link-to-Docs", "Docs");
     }
 
-    // "path kind" lines, with the home folder left out and [pkg] after packages.
-    std::vector<std::string> walk(unsigned options,
-                                  const std::function<bool(const std::string&)>& skip = {}) {
-        std::vector<std::string> out;
+    // The walk as one line: paths without the home folder, folders ending in '/' ('+' after
+    // packages), links in '@'.
+    std::string walk(unsigned options, const std::set<std::string>& skip = {}) {
+        std::string out;
         DirectoryEnumerator walker("/Users/u/", options);
         while (auto entry = walker.next()) {
             std::string rel = entry->path.substr(std::string("/Users/u/").size());
-            std::ostringstream line;
-            line << rel << ' ' << entry->kind << (entry->isPackage ? " [pkg]" : "");
-            out.push_back(line.str());
-            if (skip && skip(rel))
+            const char* kinds[] = {"/", "", "@", "?"};
+            out += (out.empty() ? "" : " ") + rel + kinds[static_cast<int>(entry->kind)] +
+                   (entry->isPackage ? "+" : "");
+            if (skip.count(rel) != 0)
                 walker.skipDescendants();
         }
         return out;
@@ -76,39 +77,25 @@ TEST_F(WalkerTest, ListingIsSortedByBytesWithHiddenEntriesAndKinds) {
     EXPECT_FALSE(ok);
 }
 
-TEST_F(WalkerTest, WalksPreOrderWithoutFollowingLinks) {
-    EXPECT_THAT(walk(0),
-                ElementsAre(".cache Directory", ".cache/x File", "B.txt File", "Docs Directory",
-                            "Docs/Sub Directory", "Docs/Sub/b.txt File", "Docs/a.txt File",
-                            "Foo.app Directory [pkg]", "Foo.app/Contents Directory",
-                            "Foo.app/Contents/Info.plist File", "Kit.framework Directory",
-                            "Kit.framework/Kit File", "a File", "link-to-Docs Symlink"));
-}
-
-TEST_F(WalkerTest, OptionsSkipHiddenNamesPackagesAndSubfolders) {
-    // 6: what the browser and application scans ask for. Frameworks are not packages.
-    EXPECT_THAT(
-        walk(DirectoryEnumerator::SkipsPackageDescendants | DirectoryEnumerator::SkipsHiddenFiles),
-        ElementsAre("B.txt File", "Docs Directory", "Docs/Sub Directory", "Docs/Sub/b.txt File",
-                    "Docs/a.txt File", "Foo.app Directory [pkg]", "Kit.framework Directory",
-                    "Kit.framework/Kit File", "a File", "link-to-Docs Symlink"));
-    // 2 alone keeps hidden entries.
-    EXPECT_THAT(walk(DirectoryEnumerator::SkipsPackageDescendants),
-                ::testing::Contains(".cache/x File"));
-    EXPECT_THAT(
-        walk(DirectoryEnumerator::SkipsSubdirectoryDescendants),
-        ElementsAre(".cache Directory", "B.txt File", "Docs Directory", "Foo.app Directory [pkg]",
-                    "Kit.framework Directory", "a File", "link-to-Docs Symlink"));
-}
-
-TEST_F(WalkerTest, SkipDescendantsLeavesOutOnlyThatFolder) {
-    auto walked = walk(DirectoryEnumerator::SkipsHiddenFiles,
-                       [](const std::string& rel) { return rel == "Docs/Sub" || rel == "a"; });
-    EXPECT_THAT(walked,
-                ElementsAre("B.txt File", "Docs Directory", "Docs/Sub Directory", "Docs/a.txt File",
-                            "Foo.app Directory [pkg]", "Foo.app/Contents Directory",
-                            "Foo.app/Contents/Info.plist File", "Kit.framework Directory",
-                            "Kit.framework/Kit File", "a File", "link-to-Docs Symlink"));
+TEST_F(WalkerTest, WalksPreOrderWithoutFollowingLinksAsTheOptionsSay) {
+    using E = DirectoryEnumerator;
+    EXPECT_EQ(walk(0),
+              ".cache/ .cache/x B.txt Docs/ Docs/Sub/ Docs/Sub/b.txt Docs/a.txt Foo.app/+ "
+              "Foo.app/Contents/ Foo.app/Contents/Info.plist Kit.framework/ Kit.framework/Kit a "
+              "link-to-Docs@");
+    // What the browser and application scans ask for. Frameworks are not packages.
+    EXPECT_EQ(walk(E::SkipsPackageDescendants | E::SkipsHiddenFiles),
+              "B.txt Docs/ Docs/Sub/ Docs/Sub/b.txt Docs/a.txt Foo.app/+ Kit.framework/ "
+              "Kit.framework/Kit a link-to-Docs@");
+    EXPECT_EQ(walk(E::SkipsPackageDescendants),
+              ".cache/ .cache/x B.txt Docs/ Docs/Sub/ Docs/Sub/b.txt Docs/a.txt Foo.app/+ "
+              "Kit.framework/ Kit.framework/Kit a link-to-Docs@");
+    EXPECT_EQ(walk(E::SkipsSubdirectoryDescendants),
+              ".cache/ B.txt Docs/ Foo.app/+ Kit.framework/ a link-to-Docs@");
+    // Skipping leaves out only that folder's contents.
+    EXPECT_EQ(walk(E::SkipsHiddenFiles, {"Docs/Sub", "a"}),
+              "B.txt Docs/ Docs/Sub/ Docs/a.txt Foo.app/+ Foo.app/Contents/ "
+              "Foo.app/Contents/Info.plist Kit.framework/ Kit.framework/Kit a link-to-Docs@");
 }
 
 TEST_F(WalkerTest, MissingStartYieldsNothingAndNoDescriptorIsHeld) {
@@ -116,66 +103,38 @@ TEST_F(WalkerTest, MissingStartYieldsNothingAndNoDescriptorIsHeld) {
     EXPECT_EQ(missing.next(), std::nullopt);
 
     auto openDescriptors = [] {
-        int count = 0;
-        DIR* dir = ::opendir("/proc/self/fd");
-        while (::readdir(dir) != nullptr)
-            ++count;
-        ::closedir(dir);
-        return count;
+        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
     };
-    const int before = openDescriptors();
+    const auto before = openDescriptors();
     DirectoryEnumerator walker("/Users/u");
     for (int i = 0; i < 6; ++i)
         ASSERT_TRUE(walker.next());  // down in Docs/Sub
     EXPECT_EQ(openDescriptors(), before);
 }
 
-// Runs `body` as an unprivileged user when the tests run as root, for whom no folder is
-// unreadable. Gives what `body` returned.
-std::string runWithoutPrivileges(const std::function<std::string()>& body) {
+// Whether `body` holds for an unprivileged user: when the tests run as root, for whom no
+// folder is unreadable, it runs in a child process that drops its privileges.
+bool holdsWithoutPrivileges(const std::function<bool()>& body) {
     if (::geteuid() != 0)
         return body();
-    int fds[2];
-    if (::pipe(fds) != 0)
-        return "pipe failed";
     pid_t pid = ::fork();
     if (pid == 0) {
-        ::close(fds[0]);
-        if (::setgroups(0, nullptr) != 0 || ::setgid(65534) != 0 || ::setuid(65534) != 0) {
-            ::_exit(2);
-        }
-        std::string out = body();
-        ssize_t written = ::write(fds[1], out.data(), out.size());
-        ::_exit(written == static_cast<ssize_t>(out.size()) ? 0 : 3);
+        bool dropped = ::setgroups(0, nullptr) == 0 && ::setgid(65534) == 0 && ::setuid(65534) == 0;
+        ::_exit(dropped && body() ? 0 : 1);
     }
-    ::close(fds[1]);
-    std::string out;
-    char buf[4096];
-    for (ssize_t n; (n = ::read(fds[0], buf, sizeof buf)) > 0;)
-        out.append(buf, n);
-    ::close(fds[0]);
     int status = 0;
-    ::waitpid(pid, &status, 0);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        return "child failed";
-    return out;
+    return ::waitpid(pid, &status, 0) == pid && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 TEST_F(WalkerTest, UnreadableFolderIsYieldedAndTheWalkGoesOn) {
     fake_.write("/Users/u/Docs/Locked/inside", "");
     ASSERT_EQ(::chmod(fake_.root().c_str(), 0755), 0);
     ASSERT_EQ(::chmod(fake_.host("/Users/u/Docs/Locked").c_str(), 0), 0);
-
-    std::string walked = runWithoutPrivileges([] {
-        std::string out;
-        DirectoryEnumerator walker("/Users/u/Docs");
-        while (auto entry = walker.next())
-            out += entry->path + "\n";
-        return out;
-    });
-    EXPECT_EQ(walked,
-              "/Users/u/Docs/Locked\n/Users/u/Docs/Sub\n/Users/u/Docs/Sub/b.txt\n"
-              "/Users/u/Docs/a.txt\n");
+    EXPECT_TRUE(holdsWithoutPrivileges([this] {
+        return walk(DirectoryEnumerator::SkipsPackageDescendants) ==
+               ".cache/ .cache/x B.txt Docs/ Docs/Locked/ Docs/Sub/ Docs/Sub/b.txt Docs/a.txt "
+               "Foo.app/+ Kit.framework/ Kit.framework/Kit a link-to-Docs@";
+    }));
     ::chmod(fake_.host("/Users/u/Docs/Locked").c_str(), 0755);
 }
 
