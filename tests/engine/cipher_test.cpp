@@ -14,10 +14,9 @@ namespace {
 
 Data fromHex(std::string_view hex) {
     Data bytes;
-    for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
+    for (std::size_t i = 0; i + 1 < hex.size(); i += 2)
         bytes.push_back(
             static_cast<std::uint8_t>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
-    }
     return bytes;
 }
 
@@ -34,7 +33,7 @@ const Data kNistPlain = fromHex(
 const Data kNistCbc = fromHex(
     "f58c4c04d6e5f1ba779eabfb5f7bfbd69cfc4e967edb808d679f777bc6702c7d"
     "39f23369a9d9bacfa530e26304231461b2eb05e2c39be9fcda6c19078c6a9d1b");
-const Data kNistEcbFirstBlock = fromHex("f3eed1bdb5d2a03c064b5a7e3db181f8");
+constexpr CCOptions kPad = kCCOptionPKCS7Padding;
 
 struct CryptResult {
     CCCryptorStatus status;
@@ -43,7 +42,7 @@ struct CryptResult {
 };
 
 CryptResult crypt(CCOperation op, CCOptions options, const Data& key, const Data* iv,
-                  const Data& in, std::size_t available) {
+                  const Data& in, std::size_t available = 64) {
     CryptResult r{0, Data(available), 0};
     r.status = CCCrypt(op, kCCAlgorithmAES, options, key.data(), key.size(),
                        iv != nullptr ? iv->data() : nullptr, in.data(), in.size(), r.out.data(),
@@ -52,24 +51,17 @@ CryptResult crypt(CCOperation op, CCOptions options, const Data& key, const Data
     return r;
 }
 
-void expectThrowsNamed(const std::function<void()>& call, const std::string& name,
-                       const std::string& reason) {
-    try {
-        call();
-        ADD_FAILURE() << "expected " << name;
-    } catch (const NamedException& e) {
-        EXPECT_EQ(e.name(), name);
-        EXPECT_EQ(e.reason(), reason);
-        EXPECT_EQ(std::string(e.what()), name + ": " + reason);
-    }
+// What CCCrypt gives for a padded encryption: the reference for the wrappers below.
+Data encrypted(const Data& key, const Data& plain, const Data* iv = nullptr) {
+    return crypt(kCCEncrypt, kPad, key, iv, plain).out;
 }
 
 TEST(CipherKnownAnswerTest, MatchesPublishedVectors) {
-    EXPECT_EQ(crypt(kCCEncrypt, 0, kNistKey, &kNistIv, kNistPlain, 64).out, kNistCbc);
-    EXPECT_EQ(crypt(kCCDecrypt, 0, kNistKey, &kNistIv, kNistCbc, 64).out, kNistPlain);
+    EXPECT_EQ(crypt(kCCEncrypt, 0, kNistKey, &kNistIv, kNistPlain).out, kNistCbc);
+    EXPECT_EQ(crypt(kCCDecrypt, 0, kNistKey, &kNistIv, kNistCbc).out, kNistPlain);
     // ECB ignores the IV it is given.
-    const Data ecb = crypt(kCCEncrypt, kCCOptionECBMode, kNistKey, &kNistIv, kNistPlain, 64).out;
-    EXPECT_EQ(Data(ecb.begin(), ecb.begin() + 16), kNistEcbFirstBlock);
+    const Data ecb = crypt(kCCEncrypt, kCCOptionECBMode, kNistKey, &kNistIv, kNistPlain).out;
+    EXPECT_EQ(Data(ecb.begin(), ecb.begin() + 16), fromHex("f3eed1bdb5d2a03c064b5a7e3db181f8"));
 
     EXPECT_EQ(sha1({}), fromHex("da39a3ee5e6b4b0d3255bfef95601890"));
     EXPECT_EQ(sha1(bytesOf("abc")), fromHex("a9993e364706816aba3e25717850c26c"));
@@ -82,117 +74,100 @@ TEST(CipherKnownAnswerTest, MatchesPublishedVectors) {
     EXPECT_EQ(md5(std::string_view("abc\0def", 7)), md5("abc"));
 }
 
-TEST(CipherCCCryptTest, PaddingRoundTripAndNullIv) {
-    const Data plain = bytesOf("twenty bytes of txt");
-    const Data zeroIv(16, 0);
-    const CryptResult enc = crypt(kCCEncrypt, kCCOptionPKCS7Padding, kNistKey, nullptr, plain, 64);
+TEST(CipherCCCryptTest, PadsWithANullIvAndReportsFailuresWithTheirStatus) {
+    const Data plain = bytesOf("twenty bytes of txt"), zeroIv(16, 0), odd(17, 0x41);
+    const CryptResult enc = crypt(kCCEncrypt, kPad, kNistKey, nullptr, plain);
     ASSERT_EQ(enc.status, kCCSuccess);
     EXPECT_EQ(enc.moved, 32u);
-    EXPECT_EQ(crypt(kCCEncrypt, kCCOptionPKCS7Padding, kNistKey, &zeroIv, plain, 64).out, enc.out);
-    const CryptResult dec =
-        crypt(kCCDecrypt, kCCOptionPKCS7Padding, kNistKey, nullptr, enc.out, 32);
+    EXPECT_EQ(encrypted(kNistKey, plain, &zeroIv), enc.out);
+    const CryptResult dec = crypt(kCCDecrypt, kPad, kNistKey, nullptr, enc.out, 32);
     EXPECT_EQ(dec.status, kCCSuccess);
     EXPECT_EQ(dec.out, plain);
-}
 
-TEST(CipherCCCryptTest, ReportsFailuresWithTheirStatus) {
-    const Data block(16, 0x41);
-    const Data odd(17, 0x41);
-    EXPECT_EQ(crypt(kCCEncrypt, 0, kNistKey, nullptr, odd, 64).status, kCCAlignmentError);
-    EXPECT_EQ(crypt(kCCDecrypt, kCCOptionPKCS7Padding, kNistKey, nullptr, odd, 64).status,
-              kCCAlignmentError);
-
+    EXPECT_EQ(crypt(kCCEncrypt, 0, kNistKey, nullptr, odd).status, kCCAlignmentError);
+    EXPECT_EQ(crypt(kCCDecrypt, kPad, kNistKey, nullptr, odd).status, kCCAlignmentError);
     // A block whose plaintext ends in 0x00 can never carry valid PKCS#7 padding.
     const Data badPad = crypt(kCCEncrypt, 0, kNistKey, nullptr, Data(16, 0), 16).out;
-    EXPECT_EQ(crypt(kCCDecrypt, kCCOptionPKCS7Padding, kNistKey, nullptr, badPad, 16).status,
-              kCCDecodeError);
-    EXPECT_EQ(crypt(kCCDecrypt, kCCOptionPKCS7Padding, kNistKey, nullptr, {}, 16).status,
-              kCCDecodeError);
+    EXPECT_EQ(crypt(kCCDecrypt, kPad, kNistKey, nullptr, badPad, 16).status, kCCDecodeError);
+    EXPECT_EQ(crypt(kCCDecrypt, kPad, kNistKey, nullptr, {}, 16).status, kCCDecodeError);
 
-    const CryptResult small = crypt(kCCEncrypt, kCCOptionPKCS7Padding, kNistKey, nullptr, odd, 16);
+    const CryptResult small = crypt(kCCEncrypt, kPad, kNistKey, nullptr, odd, 16);
     EXPECT_EQ(small.status, kCCBufferTooSmall);
     EXPECT_EQ(small.moved, 32u);
-    EXPECT_EQ(crypt(kCCDecrypt, kCCOptionPKCS7Padding, kNistKey, nullptr, kNistCbc, 63).moved, 64u);
+    EXPECT_EQ(crypt(kCCDecrypt, kPad, kNistKey, nullptr, kNistCbc, 63).moved, 64u);
 
-    EXPECT_EQ(crypt(kCCEncrypt, 0, Data(20, 1), nullptr, block, 16).status, kCCParamError);
+    EXPECT_EQ(crypt(kCCEncrypt, 0, Data(20, 1), nullptr, zeroIv, 16).status, kCCParamError);
     Data out(16);
-    EXPECT_EQ(CCCrypt(kCCEncrypt, kCCAlgorithmDES, 0, kNistKey.data(), 8, nullptr, block.data(), 16,
-                      out.data(), 16, nullptr),
+    EXPECT_EQ(CCCrypt(kCCEncrypt, kCCAlgorithmDES, 0, kNistKey.data(), 8, nullptr, zeroIv.data(),
+                      16, out.data(), 16, nullptr),
               kCCUnimplemented);
 }
 
-TEST(CipherNacipherTest, DerivesKeyAndIvAsDocumented) {
-    const Data plain = bytesOf("a message for nacipher");
-    const Data shortKey = bytesOf("sixteen byte key");
-    const Data viaNacipher = *nacipher(shortKey, plain, nullptr, kCCEncrypt, kCCOptionPKCS7Padding);
-    EXPECT_EQ(viaNacipher,
-              crypt(kCCEncrypt, kCCOptionPKCS7Padding, sha256(shortKey), nullptr, plain, 64).out);
-    EXPECT_EQ(*nacipher(kNistKey, plain, nullptr, kCCEncrypt, kCCOptionPKCS7Padding),
-              crypt(kCCEncrypt, kCCOptionPKCS7Padding, kNistKey, nullptr, plain, 64).out);
+TEST(CipherNacipherTest, DerivesKeyAndIvAndSizesOutputToTheBytesWritten) {
+    const Data plain = bytesOf("a message for nacipher"), shortKey = bytesOf("sixteen byte key");
+    auto nac = [&](const Data& key, const Data* iv = nullptr, Data* output = nullptr) {
+        return *nacipher(key, plain, iv, kCCEncrypt, kPad, output);
+    };
+    EXPECT_EQ(nac(shortKey), encrypted(sha256(shortKey), plain));
+    EXPECT_EQ(nac(kNistKey), encrypted(kNistKey, plain));
+    EXPECT_EQ(nac(kNistKey, &kNistIv), nac(kNistKey));  // a 16-byte IV is dropped
+    const Data iv10 = bytesOf("ten bytes!"), hashedIv = sha1(iv10);
+    EXPECT_EQ(nac(kNistKey, &iv10), encrypted(kNistKey, plain, &hashedIv));
 
-    const Data iv16 = kNistIv;
-    EXPECT_EQ(*nacipher(kNistKey, plain, &iv16, kCCEncrypt, kCCOptionPKCS7Padding),
-              *nacipher(kNistKey, plain, nullptr, kCCEncrypt, kCCOptionPKCS7Padding));
-    const Data iv10 = bytesOf("ten bytes!");
-    const Data hashedIv = sha1(iv10);
-    EXPECT_EQ(*nacipher(kNistKey, plain, &iv10, kCCEncrypt, kCCOptionPKCS7Padding),
-              crypt(kCCEncrypt, kCCOptionPKCS7Padding, kNistKey, &hashedIv, plain, 64).out);
-}
-
-TEST(CipherNacipherTest, SizesOutputToTheBytesWritten) {
-    EXPECT_EQ(nacipher(kNistKey, {}, nullptr, kCCEncrypt, kCCOptionPKCS7Padding)->size(), 16u);
-    const Data plain(32, 0x5a);
-    const Data encrypted = *nacipher(kNistKey, plain, nullptr, kCCEncrypt, kCCOptionPKCS7Padding);
-    EXPECT_EQ(encrypted.size(), 48u);
-
-    Data shorter(3, 0xff);
-    Data longer(100, 0xff);
-    EXPECT_EQ(*nacipher(kNistKey, plain, nullptr, kCCEncrypt, kCCOptionPKCS7Padding, &shorter),
-              encrypted);
-    EXPECT_EQ(*nacipher(kNistKey, plain, nullptr, kCCEncrypt, kCCOptionPKCS7Padding, &longer),
-              encrypted);
-    EXPECT_EQ(shorter, encrypted);
-    EXPECT_EQ(longer, encrypted);
+    EXPECT_EQ(nacipher(kNistKey, {}, nullptr, kCCEncrypt, kPad)->size(), 16u);
+    const Data expected = nac(kNistKey);
+    ASSERT_EQ(expected.size(), 32u);
+    for (const std::size_t size : {3, 100}) {
+        Data output(size, 0xff);
+        EXPECT_EQ(nac(kNistKey, nullptr, &output), expected);
+        EXPECT_EQ(output, expected);
+    }
 }
 
 TEST(CipherNacipherTest, ThrowsNamedExceptionsForFailingStatuses) {
     const Data key = bytesOf("key");
-    expectThrowsNamed([&] { nacipher(key, Data(17, 1), nullptr, kCCDecrypt, 1); },
-                      "InputAlignmentException", "Input size was not aligned properly. ");
     const Data badPad = *nacipher(key, Data(16, 0), nullptr, kCCEncrypt, 0);
-    expectThrowsNamed([&] { nacipher(key, badPad, nullptr, kCCDecrypt, 1); },
-                      "DecryptionException.", "Input data did not decode or decrypt properly.");
-    expectThrowsNamed([&] { nacipher(key, badPad, nullptr, 9, 1); },
-                      "IllegalParameterValueException", "Illegal parameter value.");
+    const struct {
+        std::function<void()> call;
+        std::string name, reason;
+    } cases[] = {
+        {[&] { nacipher(key, Data(17, 1), nullptr, kCCDecrypt, 1); }, "InputAlignmentException",
+         "Input size was not aligned properly. "},
+        {[&] { nacipher(key, badPad, nullptr, kCCDecrypt, 1); }, "DecryptionException.",
+         "Input data did not decode or decrypt properly."},
+        {[&] { nacipher(key, badPad, nullptr, 9, 1); }, "IllegalParameterValueException",
+         "Illegal parameter value."},
+    };
+    for (const auto& c : cases) {
+        try {
+            c.call();
+            ADD_FAILURE() << "expected " << c.name;
+        } catch (const NamedException& e) {
+            EXPECT_EQ(e.name(), c.name);
+            EXPECT_EQ(e.reason(), c.reason);
+            EXPECT_EQ(std::string(e.what()), c.name + ": " + c.reason);
+        }
+    }
 }
 
-TEST(CipherDataAesTest, DecryptPairPassesOptionsAndIgnoresIv) {
-    const Data key = bytesOf("any length key");
-    const Data plain = bytesOf("payload");
-    const Data encrypted = *nacipher(key, plain, nullptr, kCCEncrypt, kCCOptionPKCS7Padding);
-    EXPECT_EQ(*decrypt_ar(encrypted, key), plain);
-    const Data iv = bytesOf("an ignored iv");
-    EXPECT_EQ(*decrypt_ar(encrypted, key, &iv, kCCOptionPKCS7Padding), plain);
+TEST(CipherDataAesTest, DecryptsAndEncryptsWithDataAndStringKeys) {
+    const Data key = bytesOf("any length key"), plain = bytesOf("payload"), iv = bytesOf("an iv");
+    const Data sealed = *nacipher(key, plain, nullptr, kCCEncrypt, kPad);
+    EXPECT_EQ(*decrypt_ar(sealed, key), plain);
+    EXPECT_EQ(*decrypt_ar(sealed, key, &iv, kPad), plain);  // the IV is ignored
     // Without the padding option the pad bytes stay in the result.
-    const Data raw = *decrypt_ar(encrypted, key, nullptr, 0);
+    const Data raw = *decrypt_ar(sealed, key, nullptr, 0);
     ASSERT_EQ(raw.size(), 16u);
     EXPECT_EQ(raw.back(), 16 - plain.size());
-}
 
-TEST(CipherDataAesTest, StringKeyEncryptionRoundTrips) {
-    const Data plain = bytesOf("signature database bytes");
-    const std::string key = "net.qvarlo.signature_data";
-    const Data encrypted = *stringToData(plain, key);
-
-    Data paddedKey = bytesOf(key);
+    const std::string stringKey = "net.qvarlo.signature_data";
+    const Data withString = *stringToData(plain, stringKey);
+    Data paddedKey = bytesOf(stringKey);
     paddedKey.resize(32, 0);
-    EXPECT_EQ(encrypted,
-              crypt(kCCEncrypt, kCCOptionPKCS7Padding, paddedKey, nullptr, plain, 64).out);
-    EXPECT_EQ(*decryptWithStringKey(encrypted, key), plain);
-
-    EXPECT_FALSE(decryptWithStringKey(Data(encrypted.begin(), encrypted.end() - 1), key));
-    EXPECT_FALSE(decryptWithStringKey(encrypted, "another key"));
-
+    EXPECT_EQ(withString, encrypted(paddedKey, plain));
+    EXPECT_EQ(*decryptWithStringKey(withString, stringKey), plain);
+    EXPECT_FALSE(decryptWithStringKey(Data(withString.begin(), withString.end() - 1), stringKey));
+    EXPECT_FALSE(decryptWithStringKey(withString, "another key"));
     // Only the first 32 characters of a longer key count.
     const std::string key32 = "0123456789abcdef0123456789abcdef";
     EXPECT_EQ(*stringToData(plain, key32 + "tail"), *stringToData(plain, key32));

@@ -65,22 +65,37 @@ TEST(KeyedArchive, EncodedValuesDecodeToThemselves) {
     }
 }
 
-TEST(KeyedArchive, ReadsAndWritesApplesLayout) {
+TEST(KeyedArchive, ReadsAndWritesArchivesAsMacOSDoes) {
+    const std::string folder = SYSMEND_TEST_DATA "/plist/keyedarchive/";
     // What NSKeyedArchiver writes for @[@{@"launch": @[@"com.foo.plist"], @"name": @"Foo"}], as
     // `plutil -convert xml1` shows it.
-    const auto apple =
-        plist::readFile(SYSMEND_TEST_DATA "/plist/keyedarchive/one-threat-database.plist");
+    const auto apple = plist::readFile(folder + "one-threat-database.plist");
     ASSERT_TRUE(apple);
     const Value database = Array{dict({{"launch", Array{"com.foo.plist"}}, {"name", "Foo"}})};
-
     std::string error;
     const auto fromBinary = decode(plist::serialize(*apple, plist::Format::Binary), {}, &error);
     ASSERT_TRUE(fromBinary) << error;
     EXPECT_EQ(*fromBinary, database);
     EXPECT_EQ(encodeToPlist(database), *apple);
-}
 
-TEST(KeyedArchive, MutableAndSubclassedContainersDecodeAsTheirBase) {
+    const auto values = plist::readFile(folder + "NSKeyedArchiver.plist");
+    ASSERT_TRUE(values);
+    EXPECT_EQ(decodePlist(*values), dict({{"MyArray", Array{}},
+                                          {"MyBool", true},
+                                          {"MyData", Data{'D', 'A', 'T', 'A', '\n'}},
+                                          {"MyDate", referenceDate(729452449)},
+                                          {"MyDictionary", Dictionary{}},
+                                          {"MyFloat", 2.7},
+                                          {"MyInteger", 98},
+                                          {"MyString", "Some string"}}));
+
+    // The login-items store holds classes of the system's own (whose objects refer back to
+    // each other): refused by name.
+    const auto loginItems = plist::readFile(folder + "backgrounditems.btm");
+    ASSERT_TRUE(loginItems);
+    EXPECT_EQ(decodeError(*loginItems), "unsupported class BackgroundItems");
+
+    // Mutable and subclassed containers decode as their base class.
     const Value archive = archiveOf({
         "$null",
         dict({{"NS.keys", Array{Uid{2}}}, {"NS.objects", Array{Uid{3}}}, {"$class", Uid{6}}}),
@@ -92,32 +107,7 @@ TEST(KeyedArchive, MutableAndSubclassedContainersDecodeAsTheirBase) {
         dict({{"$classname", "MyDictionary"},
               {"$classes", Array{"MyDictionary", "NSMutableDictionary", "NSDictionary"}}}),
     });
-    const auto decoded = decodePlist(archive);
-    ASSERT_TRUE(decoded);
-    EXPECT_EQ(*decoded, dict({{"key", "mutable text"}}));
-}
-
-TEST(KeyedArchive, DecodesArchivesWrittenByMacOS) {
-    const std::string folder = SYSMEND_TEST_DATA "/plist/keyedarchive/";
-    std::string error;
-    const auto values = plist::readFile(folder + "NSKeyedArchiver.plist");
-    ASSERT_TRUE(values);
-    const auto decoded = decodePlist(*values, {}, &error);
-    ASSERT_TRUE(decoded) << error;
-    EXPECT_EQ(*decoded, dict({{"MyArray", Array{}},
-                              {"MyBool", true},
-                              {"MyData", Data{'D', 'A', 'T', 'A', '\n'}},
-                              {"MyDate", referenceDate(729452449)},
-                              {"MyDictionary", Dictionary{}},
-                              {"MyFloat", 2.7},
-                              {"MyInteger", 98},
-                              {"MyString", "Some string"}}));
-
-    // The login-items store holds classes of the system's own (whose objects refer back to
-    // each other): refused by name.
-    const auto loginItems = plist::readFile(folder + "backgrounditems.btm");
-    ASSERT_TRUE(loginItems);
-    EXPECT_EQ(decodeError(*loginItems), "unsupported class BackgroundItems");
+    EXPECT_EQ(decodePlist(archive), dict({{"key", "mutable text"}}));
 }
 
 TEST(KeyedArchive, HostileGraphsAreRefused) {
